@@ -1,0 +1,83 @@
+// LxBasicScript: one script, as a host application sees it.
+//
+//   lx::LxBasicScript script;
+//   script.addObj(std::make_shared<MyHostObject>());
+//   script.setScript(u"RESULT = Greet(\"world\")");
+//   script.setTimeout(5);
+//   lx::Variant result = script.run();          // background thread under a watchdog
+//   if (auto err = script.error()) std::cerr << lx::toUtf8(err->description());
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <string>
+
+#include "lxbasic/error.h"
+#include "lxbasic/value.h"
+#include "lxbasic/variant.h"
+
+namespace lx {
+
+class ScriptCore;
+class DialogProvider;
+
+class LxBasicScript {
+ public:
+  LxBasicScript();
+  // A handle on an existing script object (the engine hands these to ScriptAware objects).
+  explicit LxBasicScript(std::shared_ptr<ScriptCore> core) noexcept : core_(std::move(core)) {}
+  ~LxBasicScript();
+  LxBasicScript(const LxBasicScript&) = delete;
+  LxBasicScript& operator=(const LxBasicScript&) = delete;
+  LxBasicScript(LxBasicScript&&) noexcept = default;
+  LxBasicScript& operator=(LxBasicScript&&) noexcept = default;
+
+  // The script text; split at every line end. `script()` joins the lines with carriage returns.
+  void setScript(UStringView text);
+  void setScript(std::string_view utf8);
+  UString script() const;
+
+  // Time limit of `run` in seconds; -1 (the default) means none. Ignored while running.
+  void setTimeout(int32_t seconds);
+  int32_t timeout() const;
+
+  // Runs on a background thread while the calling thread waits, at most the time limit
+  // (then error 31). Answers the value of the variable RESULT (Empty when there is none).
+  // An exception that ends the run is dropped; `lastException()` keeps it.
+  Variant run();
+  Variant run(const Variant& argument);
+  // Runs on the calling thread; an exception that ends the run reaches the caller.
+  Variant runScript(const Variant& argument = {});
+  // Asks a run to stop after its current line (error -1 "Correct exit"); any thread may call it.
+  void terminate();
+
+  ErrorRef error() const;  // nullptr when the last run went well
+  bool running() const;
+  int32_t line() const;  // 0-based script line of the current statement; -1 when not running
+  void reset();          // drops variables, host objects and open blocks (not procedures)
+  bool checkSyntax() const;  // always true: nothing is checked before a run
+
+  ValueRef addVarWithName(UStringView name, const Variant& value);
+  ValueRef addConstWithName(UStringView name, const Variant& value);
+  // The value of a variable (Empty when there is none); not for use while running.
+  Variant valueOf(UStringView name) const;
+
+  void addObj(ObjectRef object);
+  int32_t objCount() const;
+  void removeObj(int32_t index);
+
+  // The exception that ended the last background run, if one did.
+  std::exception_ptr lastException() const;
+
+  // Where MsgBox and InputBox open their windows; nullptr restores the default.
+  void setDialogProvider(std::shared_ptr<DialogProvider> provider);
+
+  ScriptCore& core() noexcept { return *core_; }
+  const std::shared_ptr<ScriptCore>& coreRef() const noexcept { return core_; }
+
+ private:
+  std::shared_ptr<ScriptCore> core_;
+};
+
+}  // namespace lx

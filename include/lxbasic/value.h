@@ -1,0 +1,43 @@
+// LxValue: one variable slot. Variables, constants, temporaries and array elements are slots.
+#pragma once
+
+#include <memory>
+
+#include "lxbasic/variant.h"
+
+namespace lx {
+
+class LxValue final : public Object {
+ public:
+  LxValue() = default;
+  explicit LxValue(Variant data, bool constant = false) : constant_(constant) {
+    setData(std::move(data));
+  }
+  static std::shared_ptr<LxValue> make(Variant data = {}, bool constant = false) {
+    return std::make_shared<LxValue>(std::move(data), constant);
+  }
+
+  bool constant() const noexcept { return constant_; }
+  void setConstant(bool c) noexcept { constant_ = c; }
+  const Variant& data() const noexcept { return data_; }
+  ValueKind type() const noexcept { return type_; }
+  // The kind follows the value. Safe when handed the slot's own value.
+  void setData(Variant v) noexcept {
+    type_ = v.kind();
+    data_ = std::move(v);
+  }
+
+  // Equality with another slot's data or with a plain value; an Empty slot equals nothing.
+  bool isEqual(const Variant& other) const;
+  // "" for an Empty slot, otherwise the "%@" text of the data; never throws.
+  UString description() const override;
+  std::string className() const override { return "LxValue"; }
+
+ private:
+  bool constant_ = false;
+  ValueKind type_ = ValueKind::Empty;
+  Variant data_;
+};
+using ValueRef = std::shared_ptr<LxValue>;
+
+}  // namespace lx

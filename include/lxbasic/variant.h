@@ -1,0 +1,178 @@
+// The dynamically typed script value and the objects it can refer to.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace lx {
+
+// Script text is UTF-16: every position and length counts code units.
+using UString = std::u16string;
+using UStringView = std::u16string_view;
+
+// The kind of a value; also what the built-in VarType answers.
+enum class ValueKind : int32_t { Empty = 0, String = 1, Number = 2, Object = 3, Array = 4, Date = 5 };
+
+class ClassInfo;
+
+// Anything that is not a string, number, array or date: host objects, the null object,
+// error records, variable slots. Objects are shared; a Variant holds a reference.
+class Object : public std::enable_shared_from_this<Object> {
+ public:
+  Object() = default;
+  Object(const Object&) = delete;
+  Object& operator=(const Object&) = delete;
+  virtual ~Object();
+
+  // The "%@" text of the object. The default names the class and the address.
+  virtual UString description() const;
+  // The class as registered with the class registry; nullptr for unregistered classes.
+  virtual const ClassInfo* lxClass() const;
+  // The class name as scripts see it (TypeName).
+  virtual std::string className() const;
+};
+using ObjectRef = std::shared_ptr<Object>;
+
+// A number remembers how it was made, because an int, a 64-bit int, a boolean and a double
+// print differently ("1", "1", "1", "1.5") and convert differently.
+class Number {
+ public:
+  enum class Type : uint8_t { Int32, Int64, Bool, Double };
+
+  constexpr Number() noexcept : type_(Type::Int32), i_(0) {}
+  static constexpr Number int32(int32_t v) noexcept { return Number(Type::Int32, v); }
+  static constexpr Number int64(int64_t v) noexcept { return Number(Type::Int64, v); }
+  static constexpr Number boolean(bool v) noexcept { return Number(Type::Bool, v ? 1 : 0); }
+  static Number real(double v) noexcept {
+    Number n;
+    n.type_ = Type::Double;
+    n.d_ = v;
+    return n;
+  }
+
+  Type type() const noexcept { return type_; }
+  bool isDouble() const noexcept { return type_ == Type::Double; }
+  double toDouble() const noexcept;
+  // 64-bit value: a double is truncated toward zero (out of range and NaN give INT64_MIN).
+  int64_t toInt64() const noexcept;
+  // 32-bit value: a 64-bit integer keeps its low 32 bits; a double is truncated toward zero
+  // the way the processor does it (out of range and NaN give INT32_MIN).
+  int32_t toInt32() const noexcept;
+  bool toBool() const noexcept;
+  // Shortest decimal text: integers as digits, booleans as 1 and 0, doubles in their shortest
+  // round-trip form (an integral double has no decimal point; huge ones use an exponent).
+  UString text() const;
+  // Numeric equality across types (a boolean true equals the integer 1).
+  bool equals(const Number& other) const noexcept;
+
+ private:
+  constexpr Number(Type t, int64_t v) noexcept : type_(t), i_(v) {}
+  Type type_;
+  union {
+    int64_t i_;
+    double d_;
+  };
+};
+
+// An instant, held as seconds since 1970-01-01 00:00:00 UTC.
+struct Date {
+  double seconds = 0;
+  bool operator==(const Date&) const = default;
+};
+
+class Array;
+using ArrayRef = std::shared_ptr<Array>;
+
+// A script value: Empty (no object), String, Number, Object, Array or Date.
+// Strings are shared immutable buffers, so copying a Variant never copies text.
+class Variant {
+ public:
+  Variant() noexcept = default;
+  Variant(UString s);  // NOLINT(google-explicit-constructor): values convert freely
+  Variant(const char16_t* s);
+  Variant(UStringView s);
+  Variant(Number n) noexcept : v_(n) {}
+  Variant(Date d) noexcept : v_(d) {}
+  Variant(ObjectRef o) noexcept;
+  Variant(ArrayRef a) noexcept;
+  template <class T, class = std::enable_if_t<std::is_base_of_v<Object, T>>>
+  Variant(std::shared_ptr<T> o) noexcept : Variant(ObjectRef(std::move(o))) {}
+
+  static Variant fromUtf8(std::string_view utf8);
+  static Variant int32(int32_t v) noexcept { return Number::int32(v); }
+  static Variant int64(int64_t v) noexcept { return Number::int64(v); }
+  static Variant boolean(bool v) noexcept { return Number::boolean(v); }
+  static Variant real(double v) noexcept { return Number::real(v); }
+  static Variant date(double secondsSince1970) noexcept { return Date{secondsSince1970}; }
+
+  ValueKind kind() const noexcept { return kKinds[v_.index()]; }
+  bool isEmpty() const noexcept { return v_.index() == 0; }
+  bool isString() const noexcept { return v_.index() == 1; }
+  bool isNumber() const noexcept { return v_.index() == 2; }
+  bool isObject() const noexcept { return v_.index() == 3; }
+  bool isArray() const noexcept { return v_.index() == 4; }
+  bool isDate() const noexcept { return v_.index() == 5; }
+
+  // Accessors; each requires the matching kind.
+  const UString& string() const noexcept { return *std::get<1>(v_); }
+  const Number& number() const noexcept { return std::get<2>(v_); }
+  const ObjectRef& object() const noexcept { return std::get<3>(v_); }
+  const ArrayRef& array() const noexcept { return std::get<4>(v_); }
+  double dateSeconds() const noexcept { return std::get<5>(v_).seconds; }
+
+  // The object as T, or nullptr when the value is no object or another class.
+  template <class T>
+  std::shared_ptr<T> objectAs() const {
+    return isObject() ? std::dynamic_pointer_cast<T>(object()) : nullptr;
+  }
+
+ private:
+  static constexpr ValueKind kKinds[] = {ValueKind::Empty,  ValueKind::String,
+                                         ValueKind::Number, ValueKind::Object,
+                                         ValueKind::Array,  ValueKind::Date};
+  std::variant<std::monostate, std::shared_ptr<const UString>, Number, ObjectRef, ArrayRef, Date>
+      v_;
+};
+
+// A shared, mutable list. Reference semantics: every Variant that holds it sees changes.
+// Script arrays hold variable slots (LxValue objects) in their innermost lists and nested
+// arrays above; values handed in by hosts may hold anything.
+class Array {
+ public:
+  Array() = default;
+  explicit Array(std::vector<Variant> items) : items(std::move(items)) {}
+  static ArrayRef make(std::vector<Variant> items = {}) {
+    return std::make_shared<Array>(std::move(items));
+  }
+  std::vector<Variant> items;
+};
+
+// The null object: what an Empty argument becomes on its way into a call. Its text is
+// "<null>" and it is of kind Object, never Empty.
+class NullObject final : public Object {
+ public:
+  UString description() const override { return u"<null>"; }
+  std::string className() const override { return "NullObject"; }
+};
+const ObjectRef& nullObject();
+
+// A dictionary object; no built-in makes one, but hosts may pass them in.
+class Dictionary final : public Object {
+ public:
+  std::vector<std::pair<UString, Variant>> entries;
+  UString description() const override;
+  std::string className() const override { return "Dictionary"; }
+};
+
+// Classification tests, one definition of each kind for the whole engine.
+inline bool isString(const Variant& v) noexcept { return v.isString(); }
+inline bool isNumber(const Variant& v) noexcept { return v.isNumber(); }
+inline bool isArray(const Variant& v) noexcept { return v.isArray(); }
+inline bool isDate(const Variant& v) noexcept { return v.isDate(); }
+bool isDictionary(const Variant& v) noexcept;
+
+}  // namespace lx

@@ -1,0 +1,7 @@
+#include "builtins/families.h"
+
+namespace lx {
+
+void registerArrayFunctions(LibraryBuilder& /*b*/) {}
+
+}  // namespace lx

@@ -1,0 +1,7 @@
+#include "builtins/families.h"
+
+namespace lx {
+
+void registerConversionFunctions(LibraryBuilder& /*b*/) {}
+
+}  // namespace lx

@@ -1,0 +1,7 @@
+#include "builtins/families.h"
+
+namespace lx {
+
+void registerDialogFunctions(LibraryBuilder& /*b*/) {}
+
+}  // namespace lx

@@ -1,0 +1,7 @@
+#include "builtins/families.h"
+
+namespace lx {
+
+void registerFormatFunctions(LibraryBuilder& /*b*/) {}
+
+}  // namespace lx

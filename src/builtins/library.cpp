@@ -1,0 +1,75 @@
+#include "builtins/library.h"
+
+#include <mutex>
+
+#include "builtins/families.h"
+#include "interpreter/script_core.h"
+#include "lxbasic/error.h"
+#include "lxbasic/script.h"
+#include "lxbasic/text.h"
+
+namespace lx {
+
+namespace {
+
+struct Constant {
+  const char16_t* name;
+  int32_t value;
+};
+
+constexpr Constant kConstants[] = {
+    {u"vbBinaryCompare", 0},   {u"vbTextCompare", 1},     {u"vbOKOnly", 0},
+    {u"vbOKCancel", 1},        {u"vbAbortRetryIgnore", 2}, {u"vbYesNoCancel", 3},
+    {u"vbYesNo", 4},           {u"vbRetryCancel", 5},     {u"vbCritical", 16},
+    {u"vbQuestion", 32},       {u"vbExclamation", 48},    {u"vbInformation", 64},
+    {u"vbDefaultButton1", 0},  {u"vbDefaultButton2", 256}, {u"vbDefaultButton3", 512},
+    {u"vbDefaultButton4", 768}, {u"vbApplicationModal", 0}, {u"vbSystemModal", 4096},
+    {u"vbOK", 1},              {u"vbCancel", 2},          {u"vbAbort", 3},
+    {u"vbRetry", 4},           {u"vbIgnore", 5},          {u"vbYes", 6},
+    {u"vbNo", 7},              {u"vbGeneralDate", 0},     {u"vbLongDate", 1},
+    {u"vbShortDate", 2},       {u"vbLongTime", 3},        {u"vbShortTime", 4},
+    {u"TristateUseDefault", -2}, {u"TristateTrue", -1},   {u"TristateFalse", 0},
+};
+
+Variant CreateObject(LxBasicFunc& lib, const Variant& name) {
+  const ClassInfo* cls = ClassRegistry::instance().byName(toUtf8(toText(name)));
+  ObjectRef made = cls ? cls->createInstance() : nullptr;
+  if (!made) return Variant();
+  lib.objects.push_back(made);
+  return Variant(made);
+}
+
+void registerClasses() {
+  ClassBuilder<LxError>("LxError")
+      .method("Number", &LxError::Number)
+      .method("Description", &LxError::Description)
+      .method("Clear", &LxError::Clear)
+      .method("Raise:", &LxError::Raise);
+  LibraryBuilder b("LxBasicFunc");
+  registerConversionFunctions(b);
+  registerMathFunctions(b);
+  registerStringFunctions(b);
+  registerArrayFunctions(b);
+  registerDateFunctions(b);
+  registerFormatFunctions(b);
+  registerTypeFunctions(b);
+  registerEvalFunction(b);
+  registerDialogFunctions(b);
+  registerObjectFunctions(b);
+}
+
+}  // namespace
+
+void registerObjectFunctions(LibraryBuilder& b) { b.method("CreateObject:", &CreateObject); }
+
+LxBasicFunc::LxBasicFunc() {
+  static std::once_flag once;
+  std::call_once(once, registerClasses);
+}
+
+void LxBasicFunc::initWithScript(LxBasicScript& script) {
+  script_ = &script.core();
+  for (const Constant& c : kConstants) script_->addConstWithName(c.name, Variant::int32(c.value));
+}
+
+}  // namespace lx

@@ -1,0 +1,31 @@
+// Quote- and bracket-aware scanning of one line of script text, on which all parsing rests.
+// Positions are 0-based code-unit indexes, -1 for "not found".
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "lxbasic/variant.h"
+
+namespace lx {
+
+int32_t posWithNeedle(UStringView needle, UStringView hay);
+int32_t posWithNeedle(UStringView needle, UStringView hay, uint32_t start);
+int32_t posLastWithNeedle(UStringView needle, UStringView hay);
+int32_t posClosingBracket(UStringView hay, uint32_t start);
+// Cuts the text before the first separator (outside literals and brackets) off `s`.
+UString getTokenFrom(UString& s, UStringView separator);
+UString midWithString(UStringView s, uint32_t start, uint32_t length);
+UString trim(UStringView s);
+bool findWord(UStringView word, UStringView line);
+int32_t findKeyword(UStringView keyword, UStringView str);
+// flags: 1 case-insensitive, 2 literal (code units).
+UString replace(UStringView target, UStringView replacement, UStringView str, uint32_t flags);
+bool checkVarName(UStringView name);
+UString getTmpVarName();
+
+// The 34 reserved words, upper case, in their fixed order.
+const std::vector<UString>& reservedWords();
+
+}  // namespace lx

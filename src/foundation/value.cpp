@@ -1,0 +1,22 @@
+#include "lxbasic/value.h"
+
+#include "lxbasic/text.h"
+
+namespace lx {
+
+bool LxValue::isEqual(const Variant& other) const {
+  if (type_ == ValueKind::Empty) return false;
+  if (auto slot = other.objectAs<LxValue>()) return valuesEqual(data_, slot->data());
+  return valuesEqual(data_, other);
+}
+
+UString LxValue::description() const {
+  if (type_ == ValueKind::Empty) return UString();
+  try {
+    return toText(data_);
+  } catch (...) {
+    return UString();
+  }
+}
+
+}  // namespace lx

@@ -1,0 +1,92 @@
+#include "lxbasic/variant.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <typeinfo>
+
+#include "lxbasic/bridge.h"
+#include "lxbasic/text.h"
+
+namespace lx {
+
+Object::~Object() = default;
+
+UString Object::description() const {
+  char buf[64];
+  std::snprintf(buf, sizeof buf, ": %p>", static_cast<const void*>(this));
+  return u"<" + fromUtf8(className()) + fromUtf8(buf);
+}
+
+const ClassInfo* Object::lxClass() const { return ClassRegistry::instance().byType(typeid(*this)); }
+
+std::string Object::className() const {
+  const ClassInfo* cls = lxClass();
+  return cls ? cls->name() : "Object";
+}
+
+double Number::toDouble() const noexcept {
+  return type_ == Type::Double ? d_ : static_cast<double>(i_);
+}
+
+int64_t Number::toInt64() const noexcept { return type_ == Type::Double ? truncToInt64(d_) : i_; }
+
+int32_t Number::toInt32() const noexcept {
+  if (type_ == Type::Double) return truncToInt32(d_);
+  return static_cast<int32_t>(static_cast<uint32_t>(static_cast<uint64_t>(i_)));
+}
+
+bool Number::toBool() const noexcept { return type_ == Type::Double ? d_ != 0 : i_ != 0; }
+
+UString Number::text() const {
+  char buf[64];
+  std::to_chars_result r;
+  if (type_ == Type::Double) {
+    if (std::isnan(d_)) return u"nan";
+    if (std::isinf(d_)) return d_ > 0 ? u"inf" : u"-inf";
+    r = std::to_chars(buf, buf + sizeof buf, d_);
+  } else {
+    r = std::to_chars(buf, buf + sizeof buf, i_);
+  }
+  return UString(buf, r.ptr);
+}
+
+bool Number::equals(const Number& other) const noexcept {
+  if (type_ != Type::Double && other.type_ != Type::Double) return i_ == other.i_;
+  return toDouble() == other.toDouble();
+}
+
+Variant::Variant(UString s) : v_(std::make_shared<const UString>(std::move(s))) {}
+Variant::Variant(const char16_t* s) : v_(std::make_shared<const UString>(s)) {}
+Variant::Variant(UStringView s) : v_(std::make_shared<const UString>(s)) {}
+Variant::Variant(ObjectRef o) noexcept {
+  if (o) v_ = std::move(o);
+}
+Variant::Variant(ArrayRef a) noexcept {
+  if (a) v_ = std::move(a);
+}
+
+Variant Variant::fromUtf8(std::string_view utf8) { return Variant(lx::fromUtf8(utf8)); }
+
+const ObjectRef& nullObject() {
+  static const ObjectRef instance = std::make_shared<NullObject>();
+  return instance;
+}
+
+UString Dictionary::description() const {
+  UString out = u"{";
+  for (const auto& [key, value] : entries) {
+    out += key;
+    out += u" = ";
+    out += toText(value);
+    out += u"; ";
+  }
+  out += u"}";
+  return out;
+}
+
+bool isDictionary(const Variant& v) noexcept {
+  return v.isObject() && dynamic_cast<const Dictionary*>(v.object().get()) != nullptr;
+}
+
+}  // namespace lx

@@ -1,0 +1,204 @@
+// The script object itself: text, variables, host objects, open blocks, procedures, the
+// current error, and the driver that runs it. LxBasicScript is the host's handle on it.
+//
+// Sources: script_core.cpp (lifecycle, host operations), driver.cpp (preparation, main
+// loop, dispatch, error policy, ON ERROR, watchdog), variables.cpp (variable table,
+// temporaries, arrays), statements.cpp (parseLine), expressions.cpp (getValue, operators,
+// comparison, EXIT/CONTINUE recognition), declarations.cpp (DIM, CONST, REDIM),
+// conditionals.cpp, loops.cpp, procedures.cpp.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "lxbasic/error.h"
+#include "lxbasic/string_list.h"
+#include "lxbasic/value.h"
+#include "lxbasic/variant.h"
+
+namespace lx {
+
+class LxBasicFunc;
+class LxBasicSub;
+class LxBasicSubs;
+class LxLoopProtocol;
+class DialogProvider;
+struct MethodInfo;
+
+class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
+ public:
+  // init: a script for a host, with its library object registered as host object 0.
+  static std::shared_ptr<ScriptCore> create();
+  // initWithOwner: the child script of one procedure call; shares the owner's procedure
+  // table and host objects (but for the library object, of which it has its own).
+  static std::shared_ptr<ScriptCore> createChild(ScriptCore& owner);
+  ~ScriptCore();
+
+  // ---- host operations (script_core.cpp)
+  void setScript(const Variant& text);
+  UString script() const;
+  void setTimeout(int32_t seconds);
+  int32_t timeout() const noexcept { return _timeout.load(); }
+  ErrorRef error() const;
+  void setError(ErrorRef e);
+  // True when an error record is set; cheap enough for every line.
+  bool hasError() const noexcept { return errorSet_.load(std::memory_order_acquire); }
+  int32_t errorCode() const;  // 0 when none is set
+  bool running() const noexcept { return _running.load() != 0; }
+  int32_t line() const;
+  void terminate();
+  void reset();
+  bool checkSyntax() const noexcept { return true; }
+  int32_t stack() const noexcept { return _stack.load(); }
+  void setStack(int32_t s) noexcept { _stack.store(s); }
+  LxBasicStringList& getScript() noexcept { return _script; }
+  std::vector<ObjectRef>& getObjs() noexcept { return _objs; }
+  const std::shared_ptr<LxBasicSubs>& getSubs() const noexcept { return _subs; }
+  void addObj(ObjectRef obj);
+  int32_t objCount() const noexcept { return static_cast<int32_t>(_objs.size()); }
+  void removeObj(int32_t index);
+  // The first registered object with a method of that name and argument count.
+  bool getSel(const MethodInfo** method, ObjectRef* obj, UStringView name, int32_t n) const;
+  LxBasicFunc& library() const noexcept { return *library_; }
+  std::exception_ptr lastException() const;
+  void setDialogProvider(std::shared_ptr<DialogProvider> p) { dialogs_ = std::move(p); }
+  const std::shared_ptr<DialogProvider>& dialogProvider() const noexcept { return dialogs_; }
+
+  // A stop was requested (terminate or the time limit) for this run or, from inside a
+  // procedure or Eval, for the script that started it. Long waits poll this.
+  bool stopRequested() const noexcept;
+  // Sleeps up to `seconds`, waking early when a stop is requested; answers false then.
+  bool interruptibleSleep(double seconds) const;
+
+  // ---- running (driver.cpp)
+  Variant run();
+  Variant run(const Variant& argument);  // background thread under the watchdog
+  void runThreaded(const Variant& argument);
+  Variant runScript(const Variant& argument);  // on the calling thread
+  // The variable RESULT's value (Empty when there is none).
+  Variant resultValue() const;
+  // Eval: runs `lines` through this script's driver while the script itself may be running
+  // (its current position and prepared source are kept and restored), with the same
+  // variables, procedures and host objects. Errors are left on the script as a run leaves them.
+  void evalLines(const LxBasicStringList& lines);
+
+  // ---- statement handlers (driver.cpp and the statement sources)
+  void parseOnError(const UString& line);
+  UString parseLine(const UString& line) { return parseLine(line, false); }
+  UString parseLine(const UString& line, bool comparition);
+  void parseVar(const UString& line) { parseVar(line, false); }
+  void parseConst(const UString& line) { parseVar(line, true); }
+  void parseVar(const UString& line, bool constant);
+  void parseReDim(const UString& line);
+  void parseIf(const UString& line);
+  void parseElse(const UString& line);
+  void parseEndIf(const UString& line);
+  void parseSelectCase(const UString& line);
+  void parseCase(const UString& line);
+  void parseEndSelect(const UString& line);
+  void parseFor(const UString& line);
+  void parseNext(const UString& line);
+  void parseWhile(const UString& line);
+  void parseWEnd(const UString& line);
+  void parseDo(const UString& line);
+  void parseLoop(const UString& line);
+  void parseFunc(const UString& line);
+  void parseEndFunc(const UString& line);
+
+  // ---- expressions (expressions.cpp)
+  ValueRef getValue(UStringView text);
+  ValueRef operateWithSign(char16_t op, const LxValue& a, const LxValue& b);
+  int32_t compareValue(const LxValue& a, const LxValue& b);
+  bool parseInlineOps(const UString& line);
+
+  // ---- conditionals and loops (conditionals.cpp, loops.cpp)
+  bool ifValue() const { return ifValue(0); }
+  bool ifValue(int32_t depth) const;
+  bool validLoop() const;
+  LxLoopProtocol* getLoop() const;
+  // EXIT and CONTINUE, once parseInlineOps has recognised them.
+  void parseExit(const UString& line);
+  void parseContinue(const UString& line);
+  // True when `slot` is the variable of an open FOR loop (assignments to it are refused).
+  bool isLoopVariable(const LxValue* slot) const;
+
+  // ---- procedures (procedures.cpp)
+  ScriptCore* getOwner() const noexcept { return _owner; }
+  ScriptCore* getRootOwner() noexcept;
+
+  // ---- variable table (variables.cpp)
+  ValueRef addVarWithName(UStringView name, const Variant& value, bool constant);
+  ValueRef addVarWithName(UStringView name, const Variant& value) {
+    return addVarWithName(name, value, false);
+  }
+  ValueRef addConstWithName(UStringView name, const Variant& value) {
+    return addVarWithName(name, value, true);
+  }
+  ValueRef getValueForVar(UStringView name) const;
+  void removeVar(UStringView name);
+  std::unordered_map<UString, ValueRef>& getVars() noexcept { return _vars; }
+  void clearTmpVars();
+  // Stores a value (or, for storeTempSlot, a slot itself) under a fresh temporary name,
+  // recorded for clearTmpVars, and answers the name.
+  UString storeTemp(Variant value);
+  UString storeTempSlot(ValueRef slot);
+
+  bool isKeyword(UStringView word) const;
+
+  // ---- state shared with the statement sources
+  ScriptCore* _owner = nullptr;
+  LxBasicStringList _script;
+  std::unique_ptr<LxBasicStringList> _optimized;
+  std::unordered_map<UString, ValueRef> _vars;
+  std::vector<ObjectRef> _objs;
+  std::vector<char> _ifs;  // truth of each open block IF, innermost last
+  std::vector<std::shared_ptr<LxLoopProtocol>> _loops;
+  std::vector<UString> _tmps;
+  std::shared_ptr<LxBasicSub> _newsub;
+  std::shared_ptr<LxBasicSubs> _subs;
+  int32_t _curline = 0;
+  int32_t _ignore_error = 0;
+  int32_t _check = 0;
+  std::atomic<int32_t> _stack{0};
+  std::atomic<int32_t> _running{0};
+  std::atomic<int32_t> _timeout{-1};
+
+ private:
+  ScriptCore();
+  void initialise();
+  void executeLine(const UString& line);
+  // Applies the error policy after a line; answers false when the run must stop.
+  bool applyErrorPolicy(const UString& line, int32_t scriptLine);
+  void prepareSource();
+
+  std::shared_ptr<LxBasicFunc> library_;
+  std::shared_ptr<DialogProvider> dialogs_;
+  mutable std::mutex errorMutex_;
+  ErrorRef _error;
+  std::atomic<bool> errorSet_{false};
+  std::atomic<bool> stop_{false};
+  mutable std::mutex stopMutex_;
+  mutable std::condition_variable stopCv_;
+  // Held by the script thread while a line executes, so that a watchdog that gives up
+  // waiting can still read RESULT between lines without racing the script.
+  mutable std::timed_mutex lineMutex_;
+  std::exception_ptr lastException_;
+  mutable std::mutex exceptionMutex_;
+  int32_t currentScriptLine_ = -1;
+};
+
+// The variable slot reached by a list of indices (each read as a 32-bit integer from its
+// text), or nullptr; a slot that holds no array answers a new Empty slot.
+ValueRef getElement(std::span<const Variant> indices, const LxValue* slot);
+// Adds one dimension of `count` elements to an array under construction.
+void dimArray(Array& list, int32_t count, bool leaf);
+
+}  // namespace lx

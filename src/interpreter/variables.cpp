@@ -1,0 +1,87 @@
+// The variable table, temporaries and arrays.
+#include "foundation/scanning.h"
+#include "interpreter/script_core.h"
+#include "lxbasic/text.h"
+
+namespace lx {
+
+ValueRef ScriptCore::addVarWithName(UStringView name, const Variant& value, bool constant) {
+  if (!checkVarName(name)) {
+    setError(LxError::make(kBadVariableName));
+    return nullptr;
+  }
+  auto made = LxValue::make(Variant(), constant);
+  UString key = upperCase(name);
+  if (auto slot = value.objectAs<LxValue>()) {
+    if (slot->constant() == constant) {
+      _vars.insert_or_assign(std::move(key), std::move(slot));  // shared, not copied
+      return made;
+    }
+    made->setData(slot->data());
+  } else {
+    made->setData(value);
+  }
+  _vars.insert_or_assign(std::move(key), made);
+  return made;
+}
+
+ValueRef ScriptCore::getValueForVar(UStringView name) const {
+  auto it = _vars.find(upperCase(name));
+  return it == _vars.end() ? nullptr : it->second;
+}
+
+void ScriptCore::removeVar(UStringView name) { _vars.erase(upperCase(name)); }
+
+void ScriptCore::clearTmpVars() {
+  for (const UString& name : _tmps) _vars.erase(name);
+  _tmps.clear();
+}
+
+UString ScriptCore::storeTempSlot(ValueRef slot) {
+  UString name = getTmpVarName();
+  _vars.insert_or_assign(name, std::move(slot));
+  _tmps.push_back(name);
+  return name;
+}
+
+UString ScriptCore::storeTemp(Variant value) { return storeTempSlot(LxValue::make(std::move(value))); }
+
+ValueRef getElement(std::span<const Variant> indices, const LxValue* slot) {
+  if (!slot || slot->type() != ValueKind::Array) return LxValue::make();
+  const Variant* current = &slot->data();
+  for (const Variant& index : indices) {
+    if (!current->isArray()) return nullptr;  // more indices than dimensions
+    const auto& items = current->array()->items;
+    int32_t i = intValue(toText(index));
+    if (i < 0 || static_cast<size_t>(i) >= items.size()) return nullptr;
+    current = &items[static_cast<size_t>(i)];
+  }
+  return current->objectAs<LxValue>();
+}
+
+void dimArray(Array& list, int32_t count, bool leaf) {
+  auto fill = [count, leaf](Array& target) {
+    for (int32_t i = 0; i < count; ++i) {
+      if (leaf) {
+        target.items.emplace_back(LxValue::make());
+      } else {
+        target.items.emplace_back(Array::make());
+      }
+    }
+  };
+  if (list.items.empty()) {
+    fill(list);
+    return;
+  }
+  // Descend along first elements to the deepest list whose first element is an empty list.
+  Array* level = &list;
+  while (!level->items.empty() && level->items[0].isArray() &&
+         !level->items[0].array()->items.empty() && level->items[0].array()->items[0].isArray()) {
+    level = level->items[0].array().get();
+  }
+  for (Variant& element : level->items) {
+    if (element.isArray()) fill(*element.array());
+  }
+}
+
+}  // namespace lx
