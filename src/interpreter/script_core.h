@@ -19,6 +19,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "lxbasic/bridge.h"
 #include "lxbasic/error.h"
 #include "lxbasic/string_list.h"
 #include "lxbasic/value.h"
@@ -133,6 +134,12 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   // ---- procedures (procedures.cpp)
   ScriptCore* getOwner() const noexcept { return _owner; }
   ScriptCore* getRootOwner() noexcept;
+  // The procedure of that name (any letter case), or nullptr.
+  std::shared_ptr<LxBasicSub> getSubByName(UStringView name) const;
+  // One call of a procedure: its result, or argumentMismatch when the argument count is
+  // wrong; a failure of the body is stored in *error (code, message and line of the inner
+  // error) and answers Empty.
+  CallResult callProcedure(LxBasicSub& sub, std::span<const Variant> args, ErrorRef* error);
 
   // ---- variable table (variables.cpp)
   ValueRef addVarWithName(UStringView name, const Variant& value, bool constant);
