@@ -29,6 +29,8 @@ ScriptCore* ScriptCore::getRootOwner() noexcept {
   while (s->_owner) s = s->_owner;
   return s;
 }
+std::shared_ptr<LxBasicSubs> makeProcedureTable(ScriptCore&) { return nullptr; }
+void ScriptCore::appendToOpenProcedure(const UString&) {}
 std::shared_ptr<LxBasicSub> ScriptCore::getSubByName(UStringView) const { return nullptr; }
 CallResult ScriptCore::callProcedure(LxBasicSub&, std::span<const Variant>, ErrorRef*) {
   return CallResult{};

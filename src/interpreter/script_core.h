@@ -130,6 +130,8 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   void parseContinue(const UString& line);
   // True when `slot` is the variable of an open FOR loop (assignments to it are refused).
   bool isLoopVariable(const LxValue* slot) const;
+  // While a procedure definition is open, its body collects the lines the driver passes by.
+  void appendToOpenProcedure(const UString& line);
 
   // ---- procedures (procedures.cpp)
   ScriptCore* getOwner() const noexcept { return _owner; }
@@ -199,8 +201,27 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   mutable std::timed_mutex lineMutex_;
   std::exception_ptr lastException_;
   mutable std::mutex exceptionMutex_;
-  int32_t currentScriptLine_ = -1;
+  std::atomic<int32_t> currentScriptLine_{-1};
+  std::atomic<bool> threadActive_{false};
+  // Per prepared line: its trimmed text and which handler its first words select, worked
+  // out once per run instead of on every pass through a loop.
+  struct PreparedLine {
+    UString text;
+    uint8_t kind = 0;
+    int32_t scriptLine = 0;
+  };
+  std::vector<PreparedLine> prepared_;
+  void execute(const LxBasicStringList& source);
+  void mainLoop();
+  UString evaluateCall(const UString& name, UString contents, const UString& line);
+  UString evaluateBracket(const UString& contents, const UString& line);
+  bool conditionOperand(UString operand, const UString& line, bool* truth);
+  ValueRef callMethod(Object& target, const MethodInfo& method, std::span<const Variant> args,
+                      bool* mismatch);
 };
+
+// The procedure table of a new script (procedures.cpp).
+std::shared_ptr<LxBasicSubs> makeProcedureTable(ScriptCore& owner);
 
 // The variable slot reached by a list of indices (each read as a 32-bit integer from its
 // text), or nullptr; a slot that holds no array answers a new Empty slot.
