@@ -1,0 +1,127 @@
+// IF / ELSE / END IF and the refusal of SELECT CASE. Conditionals never jump: a block IF
+// pushes one truth entry on _ifs, and the driver skips lines while the innermost is false.
+#include "foundation/scanning.h"
+#include "interpreter/loops.h"
+#include "interpreter/script_core.h"
+#include "lxbasic/text.h"
+
+namespace lx {
+
+UString afterFirstWord(const UString& line) {
+  UString rest = line;
+  getTokenFrom(rest, u" ");
+  return trim(rest);
+}
+
+UString slice(UStringView s, int32_t start, int32_t count) {
+  return trim(midWithString(s, static_cast<uint32_t>(start), static_cast<uint32_t>(count)));
+}
+
+UString bracketed(UStringView text) {
+  UString wrapped;
+  wrapped.reserve(text.size() + 2);
+  wrapped.append(u"(").append(text).append(u")");
+  return wrapped;
+}
+
+ValueRef evaluateCondition(ScriptCore& script, UStringView text) {
+  UString name = script.parseLine(bracketed(text), true);
+  if (name.empty()) return nullptr;
+  return script.getValue(name);
+}
+
+namespace {
+
+// An IF condition must come out as a Number; strings are not read as booleans. Answers false
+// after setting the error when it does not.
+bool ifCondition(ScriptCore& script, UStringView text, bool& truth) {
+  ValueRef v = evaluateCondition(script, text);
+  if (!v) {
+    if (script.errorCode() == 0) script.setError(LxError::make(kSyntaxError));
+    return false;
+  }
+  if (v->type() != ValueKind::Number) {
+    script.setError(LxError::make(kSyntaxError));
+    return false;
+  }
+  truth = v->data().number().toBool();
+  return true;
+}
+
+}  // namespace
+
+bool ScriptCore::ifValue(int32_t depth) const {
+  if (_ifs.empty()) return true;
+  auto index = static_cast<int64_t>(_ifs.size()) - (static_cast<int64_t>(depth) + 1);
+  if (index < 0 || index >= static_cast<int64_t>(_ifs.size())) return false;
+  return _ifs[static_cast<size_t>(index)] != 0;
+}
+
+void ScriptCore::parseIf(const UString& line) {
+  const UString rest = afterFirstWord(line);
+  const int32_t thenAt = findKeyword(u"THEN", rest);
+  const int32_t elseAt = findKeyword(u"ELSE", rest);
+  if (thenAt == -1) {
+    setError(LxError::make(kIfWithoutThen));
+    return;
+  }
+  const auto length = static_cast<int32_t>(rest.size());
+  const UString condition = slice(rest, 0, thenAt);
+
+  if (length > thenAt + 5) {  // text after THEN: the single-line form
+    if (!ifValue()) return;
+    const int32_t thenEnd = elseAt == -1 ? length : elseAt;
+    const UString thenPart = slice(rest, thenAt + 4, thenEnd - (thenAt + 4));
+    const UString elsePart = elseAt == -1 ? UString() : slice(rest, elseAt + 4, length);
+    bool truth = false;
+    if (!ifCondition(*this, condition, truth)) return;
+    const UString& chosen = truth ? thenPart : elsePart;
+    if (!chosen.empty()) parseLine(chosen);
+    return;
+  }
+
+  // A block inside a skipped region stays skipped, whatever its condition would say.
+  if (!ifValue()) {
+    _ifs.push_back(0);
+    return;
+  }
+  bool truth = false;
+  if (!ifCondition(*this, condition, truth)) return;
+  _ifs.push_back(truth ? 1 : 0);
+}
+
+void ScriptCore::parseElse(const UString& line) {
+  if (_ifs.empty()) {
+    setError(LxError::make(kElseWithoutIf));
+    return;
+  }
+  if (!afterFirstWord(line).empty()) {
+    setError(LxError::make(kSyntaxError));
+    return;
+  }
+  // Both branches of an IF that sits in a skipped region stay skipped.
+  if (_ifs.size() > 1 && !ifValue(1)) return;
+  _ifs.back() = _ifs.back() ? 0 : 1;
+}
+
+void ScriptCore::parseEndIf(const UString& line) {
+  if (_ifs.empty()) {
+    setError(LxError::make(kEndIfWithoutIf));
+    return;
+  }
+  UString rest = line;
+  if (upperCase(getTokenFrom(rest, u" ")) == u"END") getTokenFrom(rest, u" ");
+  if (!trim(rest).empty()) {
+    setError(LxError::make(kSyntaxError));
+    return;
+  }
+  _ifs.pop_back();
+}
+
+void ScriptCore::parseSelectCase(const UString&) {
+  setError(LxError::make(kNotSupported, {}, u"SELECT CASE ... END SELECT statement"));
+}
+void ScriptCore::parseCase(const UString& line) { parseSelectCase(line); }
+void ScriptCore::parseEndSelect(const UString& line) { parseSelectCase(line); }
+
+}  // namespace lx

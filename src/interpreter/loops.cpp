@@ -1,0 +1,274 @@
+// FOR, WHILE and DO loops, EXIT and CONTINUE. Loops are not compiled: a header pushes a
+// record, and the closing statement either sends the driver back to the header's line or
+// pops the record. EXIT and CONTINUE only switch records off and prepare their conditions;
+// the closing statements then do the rest.
+#include "interpreter/loops.h"
+
+#include <optional>
+
+#include "foundation/scanning.h"
+#include "interpreter/script_core.h"
+#include "lxbasic/text.h"
+
+namespace lx {
+
+namespace {
+
+void fail(ScriptCore& script, int32_t code) { script.setError(LxError::make(code)); }
+
+// Loop conditions are read leniently, through the leading integer of the value's text: 0.5
+// and "yes" are false, 2.7 and "12abc" true, no value false.
+bool loopTruth(const ValueRef& v) { return v && intValue(toText(v->data())) != 0; }
+
+// Answers false when the evaluation stopped with an error, which then stands.
+bool loopCondition(ScriptCore& script, UStringView text, bool& truth) {
+  ValueRef v = evaluateCondition(script, text);
+  if (!v && script.errorCode() != 0) return false;
+  truth = loopTruth(v);
+  return true;
+}
+
+// FOR's start, limit and step are read in statement mode; `failed` when an error stopped it.
+ValueRef evaluateOperand(ScriptCore& script, const UString& text, bool& failed) {
+  failed = false;
+  if (text.empty()) return nullptr;
+  UString name = script.parseLine(text);
+  ValueRef v = name.empty() ? nullptr : script.getValue(name);
+  failed = !v && script.errorCode() != 0;
+  return v;
+}
+
+bool isNumber(const ValueRef& v) { return v && v->type() == ValueKind::Number; }
+
+// The innermost record when it is of the wanted kind.
+template <class Record>
+Record* innermost(const ScriptCore& script, LoopKind kind) {
+  if (script._loops.empty() || script._loops.back()->kind() != kind) return nullptr;
+  return static_cast<Record*>(script._loops.back().get());
+}
+
+// "WHILE cond" or "UNTIL cond" after DO or LOOP; false (the record untouched) when malformed.
+bool readDoCondition(UString text, LxBasicDoLoop& loop) {
+  const UString word = upperCase(getTokenFrom(text, u" "));
+  if (word != u"WHILE" && word != u"UNTIL") return false;
+  const UString condition = trim(text);
+  if (condition.empty()) return false;
+  loop.setIsUntil(word == u"UNTIL");
+  loop.setExpression(bracketed(condition));
+  return true;
+}
+
+std::optional<LoopKind> loopKindNamed(UStringView word) {
+  if (word == u"FOR") return LoopKind::For;
+  if (word == u"WHILE") return LoopKind::While;
+  if (word == u"DO") return LoopKind::Do;
+  return std::nullopt;
+}
+
+// EXIT and CONTINUE: the loop word in upper case and whatever follows it.
+struct LoopJump {
+  UString target;
+  UString remainder;
+};
+
+LoopJump readLoopJump(const UString& line) {
+  UString rest = line;
+  getTokenFrom(rest, u" ");
+  UString target = upperCase(getTokenFrom(rest, u" "));
+  return {std::move(target), trim(rest)};
+}
+
+}  // namespace
+
+void LxBasicFor::forceEnd(ScriptCore& script) {
+  script.addVarWithName(var(), Variant::int32(max()));
+}
+
+bool ScriptCore::validLoop() const { return _loops.empty() || _loops.back()->valid(); }
+
+LxLoopProtocol* ScriptCore::getLoop() const {
+  return _loops.empty() ? nullptr : _loops.back().get();
+}
+
+bool ScriptCore::isLoopVariable(const LxValue* slot) const {
+  if (!slot) return false;
+  for (const auto& loop : _loops) {
+    if (loop->kind() != LoopKind::For) continue;
+    if (getValueForVar(static_cast<const LxBasicFor&>(*loop).var()).get() == slot) return true;
+  }
+  return false;
+}
+
+void ScriptCore::parseFor(const UString& line) {
+  const UString rest = afterFirstWord(line);
+  const int32_t toAt = findKeyword(u"TO", rest);
+  const int32_t stepAt = findKeyword(u"STEP", rest);
+  if (toAt == -1) return fail(*this, kSyntaxError);
+  const auto length = static_cast<int32_t>(rest.size());
+  const UString head = slice(rest, 0, toAt);
+  const int32_t limitEnd = stepAt == -1 ? length : stepAt;
+  const UString limitText = slice(rest, toAt + 2, limitEnd - (toAt + 2));
+  const UString stepText = stepAt == -1 ? UString() : slice(rest, stepAt + 4, length);
+  const int32_t equals = posWithNeedle(u"=", head);
+  const UString name = equals == -1 ? trim(head) : slice(head, 0, equals);
+  const UString startText = equals == -1 ? UString() : slice(head, equals + 1, length);
+
+  bool failed = false;
+  ValueRef start = evaluateOperand(*this, startText, failed);
+  if (failed) return;
+  ValueRef limit = evaluateOperand(*this, limitText, failed);
+  if (failed) return;
+  if (!isNumber(start) || !isNumber(limit)) return fail(*this, kVariableTypeError);
+
+  int32_t step = 1;
+  if (!stepText.empty()) {
+    ValueRef given = evaluateOperand(*this, stepText, failed);
+    if (failed) return;
+    if (given) {
+      if (!isNumber(given) || given->data().number().toInt32() == 0) {
+        return fail(*this, kWrongStep);
+      }
+      step = given->data().number().toInt32();
+    }
+  }
+
+  const Variant startValue = start->data();  // the start may be a slot the assignment replaces
+  const int32_t first = startValue.number().toInt32();
+  const int32_t max = limit->data().number().toInt32();
+  if (!addVarWithName(name, startValue)) return;
+
+  auto loop = LxBasicFor::forWithVar(upperCase(name), max, step, _curline);
+  const bool inRange = (step > 0 && first <= max) || (step < 0 && first >= max);
+  loop->setValid(inRange && validLoop());
+  _loops.push_back(std::move(loop));
+}
+
+void ScriptCore::parseNext(const UString& line) {
+  if (!afterFirstWord(line).empty()) return fail(*this, kSyntaxError);
+  auto* loop = innermost<LxBasicFor>(*this, LoopKind::For);
+  if (!loop) return fail(*this, kNextWithoutFor);
+  ValueRef slot = getValueForVar(loop->var());
+  if (!isNumber(slot)) return fail(*this, kVariableTypeError);
+  // 32-bit arithmetic that wraps instead of overflowing.
+  const auto next = static_cast<int32_t>(static_cast<uint32_t>(slot->data().number().toInt32()) +
+                                         static_cast<uint32_t>(loop->step()));
+  slot->setData(Variant::int32(next));
+  const bool again = (loop->step() > 0 && next <= loop->max()) ||
+                     (loop->step() < 0 && next >= loop->max());
+  if (again) {
+    _curline = loop->line();
+  } else {
+    _loops.pop_back();
+  }
+}
+
+void ScriptCore::parseWhile(const UString& line) {
+  UString expression = bracketed(afterFirstWord(line));
+  ValueRef v = evaluateCondition(*this, expression);
+  if (!v || (v->type() != ValueKind::Number && v->type() != ValueKind::String)) return;
+  auto loop = LxBasicWhile::whileWithExpression(std::move(expression), _curline);
+  loop->setValid(loopTruth(v));
+  _loops.push_back(std::move(loop));
+}
+
+void ScriptCore::parseWEnd(const UString& line) {
+  if (!afterFirstWord(line).empty()) return fail(*this, kSyntaxError);
+  auto* loop = innermost<LxBasicWhile>(*this, LoopKind::While);
+  if (!loop) return fail(*this, kWendWithoutWhile);
+  if (loop->valid()) {
+    bool truth = false;
+    if (!loopCondition(*this, loop->expression(), truth)) return;
+    loop->setValid(truth);
+    if (truth) {
+      _curline = loop->line();
+      return;
+    }
+  }
+  _loops.pop_back();
+}
+
+void ScriptCore::parseDo(const UString& line) {
+  const UString rest = afterFirstWord(line);
+  auto loop = LxBasicDoLoop::doLoopWithExpression(UString(), _curline);
+  if (rest.empty()) {
+    loop->setValid(true);
+    _loops.push_back(std::move(loop));
+    return;
+  }
+  if (!readDoCondition(rest, *loop)) return fail(*this, kSyntaxError);
+  loop->setFirstForm(true);
+  bool truth = false;
+  if (!loopCondition(*this, loop->expression(), truth)) return;
+  loop->setValid(truth != loop->isUntil());
+  _loops.push_back(std::move(loop));
+}
+
+void ScriptCore::parseLoop(const UString& line) {
+  const UString rest = afterFirstWord(line);
+  auto* loop = innermost<LxBasicDoLoop>(*this, LoopKind::Do);
+  if (!loop) return fail(*this, kLoopWithoutDo);
+  if (!rest.empty()) {
+    if (loop->firstForm()) return fail(*this, kSyntaxError);
+    // Once known (or forced by EXIT DO) the condition is not read from the line again.
+    if (loop->expression().empty() && !readDoCondition(rest, *loop)) {
+      return fail(*this, kSyntaxError);
+    }
+  }
+  if (!loop->expression().empty()) {
+    bool truth = false;
+    if (!loopCondition(*this, loop->expression(), truth)) return;
+    loop->setValid(truth != loop->isUntil());
+  }
+  if (loop->valid()) {
+    _curline = loop->line();
+  } else {
+    _loops.pop_back();
+  }
+}
+
+namespace {
+
+// Switches off the innermost loop of `kind` and every loop nested in it; with `end`, also
+// arranges for each to end at its closing statement. A missing loop is deliberately not an
+// error: the statement just clears the script's error.
+void leaveLoops(ScriptCore& script, LoopKind kind, bool end) {
+  auto& loops = script._loops;
+  size_t found = loops.size();
+  for (size_t i = loops.size(); i-- > 0;) {
+    if (loops[i]->kind() == kind) {
+      found = i;
+      break;
+    }
+  }
+  if (found == loops.size()) {
+    script.setError(nullptr);
+    return;
+  }
+  // Copied, because forceEnd assigns through the script and must not see the stack move.
+  const std::vector<std::shared_ptr<LxLoopProtocol>> affected(loops.begin() + found, loops.end());
+  for (const auto& loop : affected) {
+    loop->setValid(false);
+    if (end) loop->forceEnd(script);
+  }
+  fail(script, kLoopExit);
+}
+
+}  // namespace
+
+void ScriptCore::parseExit(const UString& line) {
+  const LoopJump jump = readLoopJump(line);
+  if (jump.target.empty()) return fail(*this, kCorrectExit);
+  const auto kind = loopKindNamed(jump.target);
+  if (!kind) return;  // EXIT SUB and the like do nothing
+  if (!jump.remainder.empty()) return fail(*this, kSyntaxError);
+  leaveLoops(*this, *kind, true);
+}
+
+void ScriptCore::parseContinue(const UString& line) {
+  const LoopJump jump = readLoopJump(line);
+  const auto kind = loopKindNamed(jump.target);
+  if (!kind || !jump.remainder.empty()) return fail(*this, kSyntaxError);
+  leaveLoops(*this, *kind, false);
+}
+
+}  // namespace lx

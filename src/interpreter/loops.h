@@ -1,0 +1,129 @@
+// The records of open FOR, WHILE and DO loops, kept innermost last on a script's loop stack,
+// and the condition evaluation that loops and conditionals share.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "lxbasic/value.h"
+#include "lxbasic/variant.h"
+
+namespace lx {
+
+class ScriptCore;
+
+enum class LoopKind { For, While, Do };
+
+// What every loop record offers the driver and EXIT/CONTINUE. A record whose `valid` flag is
+// off keeps the driver skipping ordinary lines until its closing statement.
+class LxLoopProtocol {
+ public:
+  LxLoopProtocol(const LxLoopProtocol&) = delete;
+  LxLoopProtocol& operator=(const LxLoopProtocol&) = delete;
+  virtual ~LxLoopProtocol() = default;
+
+  virtual LoopKind kind() const noexcept = 0;
+  // Arranges for the closing statement to end the loop on its next visit (EXIT).
+  virtual void forceEnd(ScriptCore& script) = 0;
+
+  bool valid() const noexcept { return valid_; }
+  void setValid(bool v) noexcept { valid_ = v; }
+  // Index of the header in the prepared source; a new pass resumes just after it.
+  int32_t line() const noexcept { return line_; }
+  void setLine(int32_t l) noexcept { line_ = l; }
+
+ protected:
+  explicit LxLoopProtocol(int32_t line) noexcept : line_(line) {}
+
+ private:
+  int32_t line_;
+  bool valid_ = false;
+};
+
+class LxBasicFor final : public LxLoopProtocol {
+ public:
+  LxBasicFor(UString var, int32_t max, int32_t step, int32_t line)
+      : LxLoopProtocol(line), var_(std::move(var)), max_(max), step_(step) {}
+  static std::shared_ptr<LxBasicFor> forWithVar(UString var, int32_t max, int32_t step,
+                                                int32_t line) {
+    return std::make_shared<LxBasicFor>(std::move(var), max, step, line);
+  }
+
+  LoopKind kind() const noexcept override { return LoopKind::For; }
+  void forceEnd(ScriptCore& script) override;
+
+  const UString& var() const noexcept { return var_; }
+  void setVar(UString v) { var_ = std::move(v); }
+  int32_t max() const noexcept { return max_; }
+  void setMax(int32_t m) noexcept { max_ = m; }
+  int32_t step() const noexcept { return step_; }
+  void setStep(int32_t s) noexcept { step_ = s; }
+
+ private:
+  UString var_;  // upper case
+  int32_t max_;
+  int32_t step_;  // never 0
+};
+
+// Shared by WHILE and DO: a condition text, already wrapped in parentheses, that the closing
+// statement evaluates again.
+class LxConditionLoop : public LxLoopProtocol {
+ public:
+  const UString& expression() const noexcept { return expression_; }
+  void setExpression(UString e) { expression_ = std::move(e); }
+
+ protected:
+  LxConditionLoop(UString expression, int32_t line)
+      : LxLoopProtocol(line), expression_(std::move(expression)) {}
+
+ private:
+  UString expression_;
+};
+
+class LxBasicWhile final : public LxConditionLoop {
+ public:
+  LxBasicWhile(UString expression, int32_t line) : LxConditionLoop(std::move(expression), line) {}
+  static std::shared_ptr<LxBasicWhile> whileWithExpression(UString expression, int32_t line) {
+    return std::make_shared<LxBasicWhile>(std::move(expression), line);
+  }
+
+  LoopKind kind() const noexcept override { return LoopKind::While; }
+  void forceEnd(ScriptCore&) override { setExpression(u"0"); }
+};
+
+class LxBasicDoLoop final : public LxConditionLoop {
+ public:
+  LxBasicDoLoop(UString expression, int32_t line) : LxConditionLoop(std::move(expression), line) {}
+  static std::shared_ptr<LxBasicDoLoop> doLoopWithExpression(UString expression, int32_t line) {
+    return std::make_shared<LxBasicDoLoop>(std::move(expression), line);
+  }
+
+  LoopKind kind() const noexcept override { return LoopKind::Do; }
+  // A condition that LOOP reads as "stop", whichever way the loop tests it.
+  void forceEnd(ScriptCore&) override { setExpression(isUntil_ ? u"1" : u"0"); }
+
+  bool isUntil() const noexcept { return isUntil_; }
+  void setIsUntil(bool u) noexcept { isUntil_ = u; }
+  bool firstForm() const noexcept { return firstForm_; }
+  void setFirstForm(bool f) noexcept { firstForm_ = f; }
+
+ private:
+  bool isUntil_ = false;
+  bool firstForm_ = false;
+};
+
+// Statement-text helpers of the control-flow handlers.
+// The line without its first word, trimmed.
+UString afterFirstWord(const UString& line);
+// Trimmed `count` characters of `s` from `start`; a negative count means "the rest", as the
+// unsigned length of midWithString has it.
+UString slice(UStringView s, int32_t start, int32_t count);
+// "(" + text + ")".
+UString bracketed(UStringView text);
+
+// Evaluates a condition text as IF and the loops do: wrapped in one pair of parentheses and
+// read in comparison mode, so that "=" compares. nullptr when there is no value (the script's
+// error then says whether the evaluation failed).
+ValueRef evaluateCondition(ScriptCore& script, UStringView text);
+
+}  // namespace lx

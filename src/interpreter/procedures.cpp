@@ -1,0 +1,228 @@
+// SUB and FUNCTION: definitions are collected by the driver into a body; a call runs that
+// body as a child script on the calling thread, so that a call costs no thread switch.
+#include "interpreter/procedures.h"
+
+#include <pthread.h>
+
+#include <cstdint>
+
+#include "foundation/scanning.h"
+#include "interpreter/script_core.h"
+#include "lxbasic/text.h"
+#include "lxbasic/value.h"
+
+namespace lx {
+
+namespace {
+
+// Deep call chains. Each nesting level runs a whole driver on the stack, so 256 levels do not
+// fit every host thread (hosts may run scripts on threads with a few hundred KiB). When the
+// current thread is running low, the next child runs on a helper thread with a stack of its
+// own, joined before the call returns; shallow calls never pay for it.
+constexpr size_t kStackReserve = 256 * 1024;
+constexpr size_t kHelperStackSize = 16 * 1024 * 1024;
+
+// Lowest usable address of this thread's stack; 0 when the platform cannot tell.
+uintptr_t stackLimit() {
+  thread_local const uintptr_t limit = [] {
+    uintptr_t low = 0;
+    pthread_attr_t attr;
+    if (pthread_getattr_np(pthread_self(), &attr) != 0) return low;
+    void* addr = nullptr;
+    size_t size = 0;
+    size_t guard = 0;
+    if (pthread_attr_getstack(&attr, &addr, &size) == 0 && addr) {
+      pthread_attr_getguardsize(&attr, &guard);
+      low = reinterpret_cast<uintptr_t>(addr) + guard;
+    }
+    pthread_attr_destroy(&attr);
+    return low;
+  }();
+  return limit;
+}
+
+bool stackIsLow() {
+  const uintptr_t limit = stackLimit();
+  const auto here = reinterpret_cast<uintptr_t>(__builtin_frame_address(0));
+  return limit != 0 && (here < limit || here - limit < kStackReserve);
+}
+
+struct HelperJob {
+  void (*fn)(void*);
+  void* arg;
+};
+
+void* runHelperJob(void* p) {
+  auto* job = static_cast<HelperJob*>(p);
+  job->fn(job->arg);
+  return nullptr;
+}
+
+// std::thread cannot choose its stack size, hence a plain pthread.
+bool runOnFreshStack(void (*fn)(void*), void* arg) {
+  pthread_attr_t attr;
+  if (pthread_attr_init(&attr) != 0) return false;
+  HelperJob job{fn, arg};
+  pthread_t thread;
+  int rc = pthread_attr_setstacksize(&attr, kHelperStackSize);
+  if (rc == 0) rc = pthread_create(&thread, &attr, runHelperJob, &job);
+  pthread_attr_destroy(&attr);
+  if (rc != 0) return false;
+  pthread_join(thread, nullptr);
+  return true;
+}
+
+// Runs `f` here, or on a helper thread when this one is short of stack; false when no helper
+// could be started.
+template <class F>
+bool runWithStackRoom(F& f) {
+  if (!stackIsLow()) {
+    f();
+    return true;
+  }
+  return runOnFreshStack([](void* p) { (*static_cast<F*>(p))(); }, &f);
+}
+
+void fail(ScriptCore& script, int32_t code) { script.setError(LxError::make(code)); }
+
+// The names between the brackets of a definition; false when one of them is unusable (an
+// empty one included, so that "(a,,b)" is refused while "()" has no parameters).
+bool readParams(UStringView text, std::vector<UString>& params) {
+  if (trim(text).empty()) return true;
+  size_t start = 0;
+  while (true) {
+    const size_t comma = text.find(u',', start);
+    UString name = trim(text.substr(start, comma == UStringView::npos ? UStringView::npos
+                                                                      : comma - start));
+    if (name.empty() || !checkVarName(name)) return false;
+    params.push_back(std::move(name));
+    if (comma == UStringView::npos) return true;
+    start = comma + 1;
+  }
+}
+
+}  // namespace
+
+LxBasicSub::LxBasicSub(ScriptCore* owner, UString name, std::vector<UString> params,
+                       UStringView body, bool func)
+    : func_(func), name_(std::move(name)), params_(std::move(params)), owner_(owner) {
+  if (!body.empty()) body_.setText(Variant(body));
+}
+
+CallResult LxBasicSub::run(std::span<const Variant> args, ErrorRef* error) {
+  if (args.size() != params_.size()) return CallResult{Variant(), true};
+  ScriptCore* root = owner_->getRootOwner();
+  if (root->stack() >= kMaxCallDepth) {
+    if (error) *error = LxError::make(kStackOverflow);
+    return {};
+  }
+
+  auto child = ScriptCore::createChild(*owner_);
+  child->getScript() = body_;
+  for (size_t i = 0; i < params_.size(); ++i) child->addVarWithName(params_[i], args[i]);
+  ValueRef result;
+  if (func_) {
+    // One slot under three names: assigning to any of them sets the result.
+    result = LxValue::make();
+    child->addVarWithName(name_, Variant(result));
+    child->addVarWithName(u"result", Variant(result));
+    child->addVarWithName(u"function", Variant(result));
+  }
+  child->addConstWithName(u"__func__", Variant(name_));
+
+  // An exception out of the body ends only the call; the caller gets what the function had.
+  auto body = [&child] {
+    try {
+      child->runScript(Variant());
+    } catch (...) {
+    }
+  };
+  root->setStack(root->stack() + 1);
+  const bool ran = runWithStackRoom(body);
+  root->setStack(root->stack() - 1);
+  if (!ran) {
+    if (error) *error = LxError::make(kStackOverflow);
+    return {};
+  }
+
+  ErrorRef inner = child->error();
+  if (inner && inner->code() >= 1) {
+    if (error) *error = LxError::errorWithCode(inner->code(), inner->desc(), inner->line());
+    return {};
+  }
+  return CallResult{result ? result->data() : Variant(), false};
+}
+
+std::shared_ptr<LxBasicSub> LxBasicSubs::addSubWithName(UStringView name,
+                                                        std::vector<UString> params,
+                                                        UStringView body, bool func) {
+  UString key = upperCase(name);
+  if (auto existing = getSubByName(key)) return existing;
+  auto sub = std::make_shared<LxBasicSub>(owner_, key, std::move(params), body, func);
+  subs_.emplace(std::move(key), sub);
+  return sub;
+}
+
+std::shared_ptr<LxBasicSub> LxBasicSubs::getSubByName(UStringView name) const {
+  auto it = subs_.find(upperCase(name));
+  return it == subs_.end() ? nullptr : it->second;
+}
+
+std::shared_ptr<LxBasicSubs> makeProcedureTable(ScriptCore& owner) {
+  return std::make_shared<LxBasicSubs>(&owner);
+}
+
+ScriptCore* ScriptCore::getRootOwner() noexcept {
+  ScriptCore* script = this;
+  while (script->_owner) script = script->_owner;
+  return script;
+}
+
+std::shared_ptr<LxBasicSub> ScriptCore::getSubByName(UStringView name) const {
+  return _subs ? _subs->getSubByName(name) : nullptr;
+}
+
+CallResult ScriptCore::callProcedure(LxBasicSub& sub, std::span<const Variant> args,
+                                     ErrorRef* error) {
+  return sub.run(args, error);
+}
+
+void ScriptCore::parseFunc(const UString& line) {
+  if (_newsub) return fail(*this, kSyntaxError);  // definitions do not nest
+  UString rest = line;
+  const bool func = upperCase(getTokenFrom(rest, u" ")) == u"FUNCTION";
+  UString name;
+  std::vector<UString> params;
+  const size_t open = rest.find(u'(');
+  if (open != UString::npos) {
+    name = upperCase(trim(UStringView(rest).substr(0, open)));
+    if (isKeyword(name)) return fail(*this, kReservedWord);
+    const size_t close = rest.find(u')', open + 1);
+    if (close == UString::npos) return fail(*this, kSyntaxError);
+    if (!readParams(UStringView(rest).substr(open + 1, close - open - 1), params)) {
+      return fail(*this, kBadVariableName);
+    }
+  } else {
+    name = upperCase(getTokenFrom(rest, u" "));
+    if (isKeyword(name)) return fail(*this, kReservedWord);
+    if (!trim(rest).empty()) return fail(*this, kSyntaxError);
+  }
+  if (getValueForVar(name) || getSubByName(name)) return fail(*this, kRedeclaration);
+  _newsub = _subs->addSubWithName(name, std::move(params), {}, func);
+}
+
+void ScriptCore::appendToOpenProcedure(const UString& line) {
+  _newsub->body().addString(Variant(line));
+}
+
+void ScriptCore::parseEndFunc(const UString& line) {
+  if (!_newsub) return fail(*this, kSyntaxError);
+  UString rest = line;
+  getTokenFrom(rest, u" ");
+  const UString kind = upperCase(trim(getTokenFrom(rest, u" ")));
+  // The wrong closing word reports error 11, odd as that is, and keeps the definition open.
+  if (kind != (_newsub->func() ? u"FUNCTION" : u"SUB")) return fail(*this, kBadVariableName);
+  _newsub.reset();
+}
+
+}  // namespace lx
