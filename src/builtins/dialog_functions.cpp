@@ -1,7 +1,77 @@
 #include "builtins/families.h"
+#include "dialogs/dialog_boxes.h"
+#include "interpreter/script_core.h"
 
 namespace lx {
 
-void registerDialogFunctions(LibraryBuilder& /*b*/) {}
+namespace {
+
+// A procedure's child script has no provider of its own; the dialogs belong to the script
+// the host set up, so the search goes up through the owners.
+std::shared_ptr<DialogProvider> providerFor(const ScriptCore* script) {
+  for (; script; script = script->getOwner()) {
+    if (const auto& p = script->dialogProvider()) return p;
+  }
+  return defaultDialogProvider();
+}
+
+StopPoll stopPollFor(const ScriptCore* script) {
+  if (!script) return [] { return false; };
+  return [script] { return script->stopRequested(); };
+}
+
+Variant MsgBox3(LxBasicFunc& lib, const Variant& prompt, const Variant& buttons,
+                const Variant& title) {
+  const ScriptCore* script = lib.script();
+  return Variant::int32(
+      messageBox(*providerFor(script), prompt, buttons, title, stopPollFor(script)));
+}
+
+Variant MsgBox2(LxBasicFunc& lib, const Variant& prompt, const Variant& buttons) {
+  return MsgBox3(lib, prompt, buttons, Variant());
+}
+
+Variant MsgBox1(LxBasicFunc& lib, const Variant& prompt) {
+  return MsgBox3(lib, prompt, Variant::int32(0), Variant());
+}
+
+Variant InputBox5(LxBasicFunc& lib, const Variant& prompt, const Variant& title, const Variant& def,
+                  const Variant& x, const Variant& y) {
+  const ScriptCore* script = lib.script();
+  return inputBox(*providerFor(script), prompt, title, def, x, y, stopPollFor(script));
+}
+
+// The four-argument form has always ignored its x; scripts written against it expect the
+// window centred, so it stays that way.
+Variant InputBox4(LxBasicFunc& lib, const Variant& prompt, const Variant& title, const Variant& def,
+                  const Variant& /*x*/) {
+  return InputBox5(lib, prompt, title, def, Variant::int32(0), Variant::int32(0));
+}
+
+Variant InputBox3(LxBasicFunc& lib, const Variant& prompt, const Variant& title,
+                  const Variant& def) {
+  return InputBox5(lib, prompt, title, def, Variant::int32(0), Variant::int32(0));
+}
+
+Variant InputBox2(LxBasicFunc& lib, const Variant& prompt, const Variant& title) {
+  return InputBox3(lib, prompt, title, Variant(u""));
+}
+
+Variant InputBox1(LxBasicFunc& lib, const Variant& prompt) {
+  return InputBox2(lib, prompt, Variant(u""));
+}
+
+}  // namespace
+
+void registerDialogFunctions(LibraryBuilder& b) {
+  b.method("MsgBox:", &MsgBox1)
+      .method("MsgBox:buttons:", &MsgBox2)
+      .method("MsgBox:buttons:title:", &MsgBox3)
+      .method("InputBox:", &InputBox1)
+      .method("InputBox:title:", &InputBox2)
+      .method("InputBox:title:def:", &InputBox3)
+      .method("InputBox:title:def:x:", &InputBox4)
+      .method("InputBox:title:def:x:y:", &InputBox5);
+}
 
 }  // namespace lx
