@@ -1,11 +1,193 @@
+// The script object's lifecycle and the operations a host calls.
 #include "interpreter/script_core.h"
 
+#include <chrono>
+
+#include "foundation/scanning.h"
+
+#include "builtins/library.h"
+#include "lxbasic/bridge.h"
+#include "lxbasic/exceptions.h"
+#include "lxbasic/script.h"
+#include "lxbasic/text.h"
+
 namespace lx {
+
+ScriptCore::ScriptCore() = default;
+
+ScriptCore::~ScriptCore() = default;
+
+std::shared_ptr<ScriptCore> ScriptCore::create() {
+  std::shared_ptr<ScriptCore> script(new ScriptCore());
+  script->initialise();
+  return script;
+}
+
+std::shared_ptr<ScriptCore> ScriptCore::createChild(ScriptCore& owner) {
+  std::shared_ptr<ScriptCore> child = create();
+  child->_owner = &owner;
+  child->_subs = owner._subs;
+  child->_objs.insert(child->_objs.end(), owner._objs.begin() + (owner._objs.empty() ? 0 : 1),
+                      owner._objs.end());
+  child->dialogs_ = owner.dialogs_;
+  return child;
+}
+
+void ScriptCore::initialise() {
+  _subs = makeProcedureTable(*this);
+  library_ = std::make_shared<LxBasicFunc>();
+  addObj(library_);
+  addConstWithName(u"err", Variant(std::make_shared<LxError>(0, UString(), UString(), -1)));
+  addConstWithName(u"null", Variant());
+  addConstWithName(u"nothing", Variant());
+  addConstWithName(u"empty", Variant());
+  addConstWithName(u"true", Variant::boolean(true));
+  addConstWithName(u"false", Variant::boolean(false));
+}
+
+void ScriptCore::setScript(const Variant& text) { _script.setText(text); }
+
+UString ScriptCore::script() const { return _script.text(); }
+
+void ScriptCore::setTimeout(int32_t seconds) {
+  if (!running()) _timeout.store(seconds);
+}
+
+ErrorRef ScriptCore::error() const {
+  std::lock_guard lock(errorMutex_);
+  return _error;
+}
 
 void ScriptCore::setError(ErrorRef e) {
   std::lock_guard lock(errorMutex_);
   _error = std::move(e);
   errorSet_.store(_error != nullptr, std::memory_order_release);
+}
+
+int32_t ScriptCore::errorCode() const {
+  if (!hasError()) return 0;
+  std::lock_guard lock(errorMutex_);
+  return _error ? _error->code() : 0;
+}
+
+int32_t ScriptCore::line() const { return running() ? currentScriptLine_.load() : -1; }
+
+void ScriptCore::terminate() {
+  setError(LxError::make(kCorrectExit));
+  {
+    std::lock_guard lock(stopMutex_);
+    stop_.store(true);
+  }
+  stopCv_.notify_all();
+}
+
+bool ScriptCore::stopRequested() const noexcept {
+  for (const ScriptCore* s = this; s; s = s->_owner) {
+    if (s->stop_.load(std::memory_order_relaxed)) return true;
+  }
+  return false;
+}
+
+bool ScriptCore::interruptibleSleep(double seconds) const {
+  const ScriptCore* root = this;
+  while (root->_owner) root = root->_owner;
+  std::unique_lock lock(root->stopMutex_);
+  auto duration = std::chrono::duration<double>(seconds);
+  return !root->stopCv_.wait_for(lock, duration, [this] { return stopRequested(); });
+}
+
+void ScriptCore::reset() {
+  _vars.clear();
+  _objs.clear();
+  _ifs.clear();
+  _loops.clear();
+  setError(nullptr);
+  addVarWithName(u"err", Variant(std::make_shared<LxError>(0, UString(), UString(), -1)));
+  _curline = 0;
+  _ignore_error = 0;
+}
+
+void ScriptCore::addObj(ObjectRef obj) {
+  if (!obj) return;
+  if (auto* aware = dynamic_cast<ScriptAware*>(obj.get())) {
+    LxBasicScript handle(shared_from_this());
+    aware->initWithScript(handle);
+  }
+  _objs.push_back(std::move(obj));
+}
+
+void ScriptCore::removeObj(int32_t index) {
+  if (index < 0 || static_cast<size_t>(index) >= _objs.size()) {
+    throw RangeException("removeObj: index " + std::to_string(index) + " out of range");
+  }
+  _objs.erase(_objs.begin() + index);
+}
+
+bool ScriptCore::getSel(const MethodInfo** method, ObjectRef* obj, UStringView name,
+                        int32_t n) const {
+  for (const ObjectRef& candidate : _objs) {
+    if (const MethodInfo* m = findMethod(candidate->lxClass(), name, n)) {
+      *method = m;
+      *obj = candidate;
+      return true;
+    }
+  }
+  return false;
+}
+
+std::exception_ptr ScriptCore::lastException() const {
+  std::lock_guard lock(exceptionMutex_);
+  return lastException_;
+}
+
+bool ScriptCore::isKeyword(UStringView word) const {
+  UString upper = upperCase(word);
+  for (const UString& reserved : reservedWords()) {
+    if (reserved == upper) return true;
+  }
+  return false;
+}
+
+Variant ScriptCore::resultValue() const {
+  auto it = _vars.find(u"RESULT");
+  return it == _vars.end() ? Variant() : it->second->data();
+}
+
+// ---- the host's handle
+
+LxBasicScript::LxBasicScript() : core_(ScriptCore::create()) {}
+LxBasicScript::~LxBasicScript() = default;
+
+void LxBasicScript::setScript(UStringView text) { core_->setScript(Variant(text)); }
+void LxBasicScript::setScript(std::string_view utf8) { core_->setScript(Variant::fromUtf8(utf8)); }
+UString LxBasicScript::script() const { return core_->script(); }
+void LxBasicScript::setTimeout(int32_t seconds) { core_->setTimeout(seconds); }
+int32_t LxBasicScript::timeout() const { return core_->timeout(); }
+Variant LxBasicScript::run() { return core_->run(); }
+Variant LxBasicScript::run(const Variant& argument) { return core_->run(argument); }
+Variant LxBasicScript::runScript(const Variant& argument) { return core_->runScript(argument); }
+void LxBasicScript::terminate() { core_->terminate(); }
+ErrorRef LxBasicScript::error() const { return core_->error(); }
+bool LxBasicScript::running() const { return core_->running(); }
+int32_t LxBasicScript::line() const { return core_->line(); }
+void LxBasicScript::reset() { core_->reset(); }
+bool LxBasicScript::checkSyntax() const { return core_->checkSyntax(); }
+ValueRef LxBasicScript::addVarWithName(UStringView name, const Variant& value) {
+  return core_->addVarWithName(name, value);
+}
+ValueRef LxBasicScript::addConstWithName(UStringView name, const Variant& value) {
+  return core_->addConstWithName(name, value);
+}
+Variant LxBasicScript::valueOf(UStringView name) const {
+  ValueRef slot = core_->getValueForVar(name);
+  return slot ? slot->data() : Variant();
+}
+void LxBasicScript::addObj(ObjectRef object) { core_->addObj(std::move(object)); }
+int32_t LxBasicScript::objCount() const { return core_->objCount(); }
+void LxBasicScript::removeObj(int32_t index) { core_->removeObj(index); }
+std::exception_ptr LxBasicScript::lastException() const { return core_->lastException(); }
+void LxBasicScript::setDialogProvider(std::shared_ptr<DialogProvider> provider) {
+  core_->setDialogProvider(std::move(provider));
 }
 
 }  // namespace lx

@@ -1,0 +1,211 @@
+// DIM, CONST and REDIM.
+#include "foundation/scanning.h"
+#include "interpreter/script_core.h"
+#include "lxbasic/exceptions.h"
+#include "lxbasic/text.h"
+
+namespace lx {
+
+namespace {
+
+// Beyond this many elements an array declaration fails with an exception instead of taking
+// the host's memory: no script needs a bigger array, and a typo like DIM a(2000000000)
+// must not bring the application down.
+constexpr int64_t kMaxArrayElements = int64_t{1} << 24;
+
+void checkArraySize(int64_t elements) {
+  if (elements > kMaxArrayElements) {
+    throw RangeException("array of " + std::to_string(elements) + " elements exceeds the limit of " +
+                         std::to_string(kMaxArrayElements));
+  }
+}
+
+// The innermost lists of an array of `depth` levels.
+void innermostLists(const ArrayRef& list, size_t depth, std::vector<Array*>& out) {
+  if (depth <= 1) {
+    out.push_back(list.get());
+    return;
+  }
+  for (const Variant& item : list->items) {
+    if (item.isArray()) innermostLists(item.array(), depth - 1, out);
+  }
+}
+
+}  // namespace
+
+void ScriptCore::parseVar(const UString& line, bool constant) {
+  UString rest = line;
+  getTokenFrom(rest, u" ");
+  rest = trim(rest);
+  if (rest.empty()) {
+    setError(LxError::make(kEmptyDeclaration, line));
+    return;
+  }
+  // A bound list evaluates to element counts; answers false after an error.
+  auto readBounds = [&](UString bounds, std::vector<int32_t>& lengths) {
+    while (!bounds.empty()) {
+      UString item = getTokenFrom(bounds, u",");
+      UString name = parseLine(item);
+      ValueRef v = name.empty() ? nullptr : getValue(name);
+      if (!v && hasError()) return false;
+      if (!v || v->type() != ValueKind::Number) {
+        setError(LxError::make(kVariableTypeError, line));
+        return false;
+      }
+      int32_t bound = v->data().number().toInt32();
+      if (bound < 0) {
+        setError(LxError::make(kNonPositiveLength, line));
+        return false;
+      }
+      lengths.push_back(static_cast<int32_t>(static_cast<uint32_t>(bound) + 1u));
+    }
+    return true;
+  };
+  auto declared = [&](const UString& name) {
+    if (getValueForVar(name) || getSubByName(name)) {
+      setError(LxError::make(kRedeclaration, line));
+      return true;
+    }
+    return false;
+  };
+
+  while (!rest.empty()) {
+    UString decl = trim(getTokenFrom(rest, u","));
+    int32_t eq = posWithNeedle(u"=", decl);
+    if (eq == -1) {
+      if (constant) {
+        setError(LxError::make(kSyntaxError, line));
+        return;
+      }
+      UString upper = upperCase(decl);
+      size_t open = upper.find(u'(');
+      size_t close = upper.rfind(u')');
+      if ((open == UString::npos) != (close == UString::npos)) {
+        setError(LxError::make(kSyntaxError, line));
+        return;
+      }
+      if (open == UString::npos) {
+        if (declared(upper)) return;
+        if (!addVarWithName(upper, Variant())) return;
+        continue;
+      }
+      UString name = trim(UStringView(upper).substr(0, open));
+      std::vector<int32_t> lengths;
+      if (!readBounds(trim(UStringView(upper).substr(open + 1, close > open ? close - open - 1 : 0)),
+                      lengths)) {
+        return;
+      }
+      int64_t total = 1;
+      for (int32_t n : lengths) total *= n, checkArraySize(total);
+      auto array = Array::make();
+      for (size_t i = 0; i < lengths.size(); ++i) dimArray(*array, lengths[i], i + 1 == lengths.size());
+      if (isKeyword(name)) {
+        setError(LxError::make(kReservedWord));
+        return;
+      }
+      if (declared(name)) return;
+      if (!addVarWithName(name, Variant(array))) return;
+      continue;
+    }
+
+    const auto at = static_cast<size_t>(eq);
+    UString name = trim(UStringView(decl).substr(0, at));
+    UString valueText = trim(UStringView(decl).substr(at + 1));
+    const bool open = name.find(u'(') != UString::npos;
+    const bool close = name.find(u')') != UString::npos;
+    if (open != close) {
+      setError(LxError::make(kSyntaxError, line));
+      return;
+    }
+    if (open) {
+      setError(LxError::make(kIllegalArrayInit, line));
+      return;
+    }
+    if (posWithNeedle(u"=", valueText) != -1) {
+      setError(LxError::make(kSyntaxError, line));
+      return;
+    }
+    UString resultName = parseLine(valueText);
+    ValueRef value = resultName.empty() ? nullptr : getValue(resultName);
+    if (!value && hasError()) return;
+    UString upper = upperCase(name);
+    if (isKeyword(upper)) {
+      setError(LxError::make(kReservedWord));
+      return;
+    }
+    if (declared(upper)) return;
+    if (!addVarWithName(upper, value ? value->data() : Variant(), constant)) return;
+  }
+}
+
+void ScriptCore::parseReDim(const UString& line) {
+  UString rest = line;
+  getTokenFrom(rest, u" ");
+  UString probe = rest;
+  const bool preserve = upperCase(getTokenFrom(probe, u" ")) == u"PRESERVE";
+  if (preserve) rest = probe;
+  while (!rest.empty()) {
+    UString spec = trim(getTokenFrom(rest, u","));
+    size_t open = spec.find(u'(');
+    size_t close = spec.rfind(u')');
+    if ((open == UString::npos) != (close == UString::npos)) {
+      setError(LxError::make(kSyntaxError, line));
+      return;
+    }
+    if (open == UString::npos) continue;
+    ValueRef slot = getValue(UStringView(spec).substr(0, open));
+    if (!slot && hasError()) return;
+
+    std::vector<int32_t> lengths;
+    UString bounds = close > open ? spec.substr(open + 1, close - open - 1) : UString();
+    while (!bounds.empty()) {
+      UString item = getTokenFrom(bounds, u",");
+      UString name = parseLine(item);
+      ValueRef v = name.empty() ? nullptr : getValue(name);
+      if (!v && hasError()) return;
+      if (!v || v->type() != ValueKind::Number) {
+        setError(LxError::make(kVariableTypeError, line));
+        return;
+      }
+      int32_t bound = v->data().number().toInt32();
+      if (bound < 0) {
+        setError(LxError::make(kNonPositiveLength, line));
+        return;
+      }
+      lengths.push_back(static_cast<int32_t>(static_cast<uint32_t>(bound) + 1u));
+    }
+
+    // The existing shape, read along first elements.
+    std::vector<size_t> shape;
+    ArrayRef top = slot && slot->type() == ValueKind::Array ? slot->data().array() : nullptr;
+    for (ArrayRef level = top; level;) {
+      shape.push_back(level->items.size());
+      level = !level->items.empty() && level->items[0].isArray() ? level->items[0].array() : nullptr;
+    }
+    if (shape.size() != lengths.size()) {
+      setError(LxError::make(kDimensionCount, line));
+      return;
+    }
+    for (size_t d = 0; d + 1 < lengths.size(); ++d) {
+      if (static_cast<int64_t>(shape[d]) != lengths[d]) {
+        setError(LxError::make(kOnlyLastDimension, line));
+        return;
+      }
+    }
+    const int32_t last = lengths.back();
+    if (last < 0) {
+      setError(LxError::make(kIllegalArrayInit, line));
+      return;
+    }
+    std::vector<Array*> lists;
+    innermostLists(top, lengths.size(), lists);
+    checkArraySize(static_cast<int64_t>(lists.size()) * last);
+    for (Array* list : lists) {
+      if (!preserve) list->items.clear();
+      if (list->items.size() > static_cast<size_t>(last)) list->items.resize(static_cast<size_t>(last));
+      while (list->items.size() < static_cast<size_t>(last)) list->items.emplace_back(LxValue::make());
+    }
+  }
+}
+
+}  // namespace lx

@@ -1,0 +1,305 @@
+// The execution driver: prepares the source, runs it line by line, dispatches each line on
+// its first words, applies the error policy, and watches background runs.
+#include <chrono>
+#include <thread>
+
+#include "foundation/scanning.h"
+#include "interpreter/script_core.h"
+#include "lxbasic/exceptions.h"
+#include "lxbasic/text.h"
+
+namespace lx {
+
+namespace {
+
+// What a line's first words select, in the order the dispatch tests them.
+enum LineKind : uint8_t {
+  kEmpty, kRem, kFunc, kEndFunc, kIf, kElse, kEndIf, kSelectCase, kCase, kEndSelect,
+  kFor, kNext, kWhile, kWEnd, kDo, kLoop, kDim, kReDim, kConst, kEcho, kOnError, kOther,
+};
+
+LineKind classify(const UString& line) {
+  if (line.empty()) return kEmpty;
+  UString upper = upperCase(line);
+  UString w1 = getTokenFrom(upper, u" ");
+  UString w2 = getTokenFrom(upper, u" ");
+  if (w1 == u"REM") return kRem;
+  if (w1 == u"FUNCTION" || w1 == u"SUB") return kFunc;
+  if (w1 == u"END" && (w2 == u"SUB" || w2 == u"FUNCTION")) return kEndFunc;
+  if (w1 == u"IF") return kIf;
+  if (w1 == u"ELSE") return kElse;
+  if ((w1 == u"END" && w2 == u"IF") || w2 == u"ENDIF") return kEndIf;
+  if (w1 == u"SELECT" && w2 == u"CASE") return kSelectCase;
+  if (w1 == u"CASE") return kCase;
+  if (w1 == u"END" && w2 == u"SELECT") return kEndSelect;
+  if (w1 == u"FOR") return kFor;
+  if (w1 == u"NEXT") return kNext;
+  if (w1 == u"WHILE") return kWhile;
+  if (w1 == u"WEND") return kWEnd;
+  if (w1 == u"DO") return kDo;
+  if (w1 == u"LOOP") return kLoop;
+  if (w1 == u"DIM") return kDim;
+  if (w1 == u"REDIM") return kReDim;
+  if (w1 == u"CONST") return kConst;
+  if (w1 == u"ECHO") return kEcho;
+  if (w1 == u"ON" && w2 == u"ERROR") return kOnError;
+  return kOther;
+}
+
+bool endsWithContinuation(const UString& statement) {
+  if (statement.empty()) return false;
+  int32_t at = posLastWithNeedle(u"_", statement);
+  return at >= 0 && static_cast<size_t>(at) == statement.size() - 1;
+}
+
+}  // namespace
+
+// ---- preparation
+
+void ScriptCore::execute(const LxBasicStringList& source) {
+  auto prepared = std::make_unique<LxBasicStringList>();
+  UString continuation;
+  for (size_t i = 0; i < source.count(); ++i) {
+    UString rest = source.stringAtIndex(i);
+    UString last;
+    const Variant index = Variant::int32(static_cast<int32_t>(i));
+    while (!rest.empty()) {
+      UString upper = upperCase(rest);
+      if (getTokenFrom(upper, u" ") == u"REM") {
+        prepared->addString(Variant(std::move(rest)), index);
+        rest.clear();
+        break;
+      }
+      UString statement = getTokenFrom(rest, u":");
+      if (!continuation.empty()) {
+        statement = continuation + u" " + statement;
+        continuation.clear();
+      }
+      statement = trim(statement);
+      rest = trim(rest);
+      prepared->addString(Variant(statement), index);
+      last = std::move(statement);
+    }
+    if (endsWithContinuation(last)) {
+      prepared->deleteAtIndex(prepared->count() - 1);
+      last.pop_back();
+      continuation = std::move(last);
+    }
+  }
+  _optimized = std::move(prepared);
+  prepared_.clear();
+  prepared_.reserve(_optimized->count());
+  for (size_t i = 0; i < _optimized->count(); ++i) {
+    PreparedLine p;
+    p.text = trim(replace(u"\t", u" ", _optimized->stringAtIndex(i), 2));
+    p.kind = classify(p.text);
+    p.scriptLine = _optimized->objectAtIndex(i).number().toInt32();
+    prepared_.push_back(std::move(p));
+  }
+  mainLoop();
+}
+
+// ---- the main loop
+
+void ScriptCore::mainLoop() {
+  for (_curline = 0; _curline >= 0 && static_cast<size_t>(_curline) < prepared_.size(); ++_curline) {
+    std::unique_lock lineLock(lineMutex_);
+    // Copied: a handler may run a nested evaluation that swaps the prepared lines out.
+    const PreparedLine line = prepared_[static_cast<size_t>(_curline)];
+    currentScriptLine_.store(line.scriptLine, std::memory_order_relaxed);
+    if (line.kind == kEmpty || line.kind == kRem) continue;
+    executeLine(line.text);
+    clearTmpVars();
+    if (hasError() && !applyErrorPolicy(line.text, line.scriptLine)) break;
+    // A stop request ends the run even under ON ERROR RESUME NEXT: a host must always be
+    // able to stop a script.
+    if (stopRequested()) break;
+  }
+}
+
+void ScriptCore::executeLine(const UString& text) {
+  const auto kind = static_cast<LineKind>(prepared_[static_cast<size_t>(_curline)].kind);
+  switch (kind) {
+    case kFunc: return parseFunc(text);
+    case kEndFunc: return parseEndFunc(text);
+    default: break;
+  }
+  if (_newsub) return appendToOpenProcedure(text);
+  switch (kind) {
+    case kIf: return parseIf(text);
+    case kElse: return parseElse(text);
+    case kEndIf: return parseEndIf(text);
+    case kSelectCase: return parseSelectCase(text);
+    case kCase: return parseCase(text);
+    case kEndSelect: return parseEndSelect(text);
+    default: break;
+  }
+  if (!ifValue()) return;
+  switch (kind) {
+    case kFor: return parseFor(text);
+    case kNext: return parseNext(text);
+    case kWhile: return parseWhile(text);
+    case kWEnd: return parseWEnd(text);
+    case kDo: return parseDo(text);
+    case kLoop: return parseLoop(text);
+    default: break;
+  }
+  if (!validLoop()) return;
+  switch (kind) {
+    case kDim: return parseVar(text);
+    case kReDim: return parseReDim(text);
+    case kConst: return parseConst(text);
+    case kEcho:
+      // ECHO is reserved but has no handler: the line fails like any unknown operation.
+      throw UnrecognizedSelectorException("-[LxBasicScript parseEcho:]: unrecognized selector");
+    case kOnError: return parseOnError(text);
+    default: parseLine(text);
+  }
+}
+
+bool ScriptCore::applyErrorPolicy(const UString& line, int32_t scriptLine) {
+  ErrorRef e = error();
+  if (!e) return true;
+  if (e->code() <= 99) {
+    e = LxError::errorWithCode(e->code(), e->desc(), line, scriptLine + 1);
+    setError(e);
+  }
+  addVarWithName(u"err", Variant(e));
+  if (_ignore_error) return true;
+  if (e->code() > 0) return false;
+  if (e->code() == kCorrectExit) return false;
+  addConstWithName(u"err", Variant(std::make_shared<LxError>(0, UString(), UString(), scriptLine + 1)));
+  setError(nullptr);
+  return true;
+}
+
+void ScriptCore::parseOnError(const UString& line) {
+  UString rest = line;
+  getTokenFrom(rest, u" ");
+  getTokenFrom(rest, u" ");
+  UString w3 = upperCase(getTokenFrom(rest, u" "));
+  UString w4 = upperCase(getTokenFrom(rest, u" "));
+  if (!rest.empty()) setError(LxError::make(kSyntaxError, line));
+  if (w3 == u"RESUME" && w4 == u"NEXT") {
+    _ignore_error = 1;
+  } else if (w3 == u"GOTO" && w4 == u"0") {
+    _ignore_error = 0;
+    setError(nullptr);
+  } else {
+    setError(LxError::make(kSyntaxError, line));
+  }
+}
+
+// ---- runs
+
+Variant ScriptCore::runScript(const Variant& /*argument*/) {
+  _running.store(1);
+  setError(nullptr);
+  if (!_owner) stop_.store(false);
+  struct EndOfRun {
+    ScriptCore& s;
+    ~EndOfRun() {
+      s._optimized.reset();
+      s.prepared_.clear();
+      s.clearTmpVars();  // an exception may have left a line's temporaries behind
+      s._running.store(0);
+    }
+  } end{*this};
+  execute(_script);
+  return resultValue();
+}
+
+void ScriptCore::evalLines(const LxBasicStringList& lines) {
+  // The evaluation runs inside a line of this very script: keep that line's state.
+  struct Saved {
+    ScriptCore& s;
+    std::unique_ptr<LxBasicStringList> optimized;
+    std::vector<PreparedLine> prepared;
+    std::vector<UString> tmps;
+    int32_t curline;
+    int32_t scriptLine;
+    ~Saved() {
+      s._optimized = std::move(optimized);
+      s.prepared_ = std::move(prepared);
+      s._tmps = std::move(tmps);
+      s._curline = curline;
+      s.currentScriptLine_.store(scriptLine);
+    }
+  } saved{*this, std::move(_optimized), std::move(prepared_), std::move(_tmps), _curline,
+          currentScriptLine_.load()};
+  setError(nullptr);
+  // The evaluated line takes the lock of its own lines; release the enclosing line's.
+  lineMutex_.unlock();
+  struct Relock {
+    std::timed_mutex& m;
+    ~Relock() { m.lock(); }
+  } relock{lineMutex_};
+  execute(lines);
+}
+
+void ScriptCore::runThreaded(const Variant& argument) {
+  if (running()) return;
+  runScript(argument);
+}
+
+Variant ScriptCore::run() { return run(Variant()); }
+
+Variant ScriptCore::run(const Variant& argument) {
+  struct Completion {
+    std::mutex m;
+    std::condition_variable cv;
+    bool done = false;
+  };
+  auto completion = std::make_shared<Completion>();
+  {
+    std::lock_guard lock(exceptionMutex_);
+    lastException_ = nullptr;
+  }
+  // The thread keeps the script alive, so a host may drop its handle as soon as run returns.
+  std::thread worker([self = shared_from_this(), argument, completion] {
+    try {
+      self->runThreaded(argument);
+    } catch (...) {
+      std::lock_guard lock(self->exceptionMutex_);
+      self->lastException_ = std::current_exception();
+    }
+    {
+      std::lock_guard lock(completion->m);
+      completion->done = true;
+    }
+    completion->cv.notify_all();
+  });
+
+  std::unique_lock lock(completion->m);
+  auto finished = [&] { return completion->done; };
+  const int32_t limit = _timeout.load();
+  if (limit < 0) {
+    completion->cv.wait(lock, finished);
+  } else {
+    // The limit has the granularity of the original polling: at least one 10 ms tick.
+    auto span = std::max(std::chrono::milliseconds(10), std::chrono::milliseconds(1000LL * limit));
+    if (!completion->cv.wait_for(lock, span, finished)) {
+      setError(LxError::make(kTimeout));
+      {
+        std::lock_guard stopLock(stopMutex_);
+        stop_.store(true);
+      }
+      stopCv_.notify_all();
+      // Most lines end at once when asked to stop; a host method that does not is left
+      // running on its own thread, which owns what it uses.
+      completion->cv.wait_for(lock, std::chrono::milliseconds(250), finished);
+    }
+  }
+  if (completion->done) {
+    lock.unlock();
+    worker.join();
+    return resultValue();
+  }
+  lock.unlock();
+  worker.detach();
+  std::unique_lock lineLock(lineMutex_, std::defer_lock);
+  if (lineLock.try_lock_for(std::chrono::milliseconds(50))) return resultValue();
+  return Variant();
+}
+
+}  // namespace lx
