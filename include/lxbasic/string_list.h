@@ -10,15 +10,32 @@
 
 namespace lx {
 
-// Text encodings by their platform numbers.
+// Text encodings by their platform numbers, as loadFromFile and saveToFile accept them.
+// Supported: ASCII (strict: a byte over 127 is invalid), Japanese EUC, UTF-8, ISO Latin-1,
+// Shift JIS, ISO Latin-2, UTF-16 (10: written with a byte order mark, read in the order the
+// mark gives, big-endian without one), Windows-1250 to 1254, Mac Roman, UTF-16BE/LE, UTF-32
+// (with a byte order mark) and UTF-32BE/LE. Any other number is refused: loading leaves the
+// list empty and saving writes nothing. A byte order mark at the start of a file is never
+// part of the text.
 enum TextEncoding : uint64_t {
   kEncodingASCII = 1,
+  kEncodingJapaneseEUC = 3,
   kEncodingUTF8 = 4,
   kEncodingISOLatin1 = 5,
+  kEncodingShiftJIS = 8,
+  kEncodingISOLatin2 = 9,
   kEncodingUTF16 = 10,  // with a byte order mark; read in either order
+  kEncodingWindows1251 = 11,
   kEncodingWindows1252 = 12,
+  kEncodingWindows1253 = 13,
+  kEncodingWindows1254 = 14,
+  kEncodingWindows1250 = 15,
+  kEncodingMacRoman = 30,
+  kEncodingUTF32 = 0x8c000100,
   kEncodingUTF16BE = 0x90000100,
   kEncodingUTF16LE = 0x94000100,
+  kEncodingUTF32BE = 0x98000100,
+  kEncodingUTF32LE = 0x9c000100,
 };
 
 class LxBasicStringList {
