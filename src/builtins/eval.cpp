@@ -1,7 +1,45 @@
+// Eval: evaluates a text as an expression of the calling script, with its variables,
+// constants, procedures and host objects, by running the one-line assignment
+// "__eval__ = <text>" through the script's own driver.
+#include "builtins/common.h"
 #include "builtins/families.h"
+#include "builtins/guard.h"
+#include "interpreter/script_core.h"
+#include "lxbasic/string_list.h"
+#include "lxbasic/text.h"
 
 namespace lx {
 
-void registerEvalFunction(LibraryBuilder& /*b*/) {}
+namespace {
+
+constexpr const char16_t* kEvalVariable = u"__eval__";
+
+Variant Eval(LxBasicFunc& lib, const Variant& text) {
+  // Only a text can be trimmed; anything else fails the call itself rather than answering.
+  Variant trimmed = TrimOf(text);
+  ScriptCore* script = lib.script();
+  if (!script) return Variant();
+  return guarded(Variant(), [&]() -> Variant {
+    LxBasicStringList lines;
+    lines.setText(trimmed);
+    if (lines.count() == 0) return Variant();
+    UString first = lines.stringAtIndex(0);
+    ValueRef slot = script->addVarWithName(kEvalVariable, Variant());
+    if (!slot) return Variant();
+    lines.clear();
+    lines.addString(UString(kEvalVariable) + u" = " + first);
+    // Whatever the line does, the name does not outlive the evaluation.
+    struct Remove {
+      ScriptCore* script;
+      ~Remove() { script->removeVar(kEvalVariable); }
+    } remove{script};
+    script->evalLines(lines);
+    return slot->data();
+  });
+}
+
+}  // namespace
+
+void registerEvalFunction(LibraryBuilder& b) { b.method("Eval:", &Eval); }
 
 }  // namespace lx
