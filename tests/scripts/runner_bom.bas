@@ -1,0 +1,1 @@
+﻿DIM RESULT = "bom ok"

@@ -1,0 +1,2 @@
+REM RESULT that exists but holds nothing prints nothing either.
+DIM RESULT

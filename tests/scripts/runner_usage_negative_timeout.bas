@@ -1,0 +1,2 @@
+REM Never runs: the command line is refused first.
+DIM RESULT = "ran"

@@ -1,0 +1,161 @@
+// The command-line runner as a user meets it: what the script files under tests/scripts cannot
+// express (standard input as the script, missing files, timing, option placement).
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <initializer_list>
+#include <sstream>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Outcome {
+  int status = -1;
+  std::string out;
+  std::string err;
+  double seconds = 0;
+};
+
+// The runner is built beside the tests directory of the build tree.
+fs::path runnerPath() {
+  if (const char* given = std::getenv("LXBASIC_RUNNER")) return given;
+  return fs::canonical("/proc/self/exe").parent_path().parent_path() / "lxbasic";
+}
+
+std::string quoted(const std::string& s) {
+  std::string q = "'";
+  for (char c : s) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return q + "'";
+}
+
+std::string slurp(const fs::path& p) {
+  std::ifstream in(p, std::ios::binary);
+  std::ostringstream s;
+  s << in.rdbuf();
+  return s.str();
+}
+
+class RunnerTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    dir_ = fs::temp_directory_path() / ("lxbasic_runner_test_" + std::to_string(getpid()));
+    fs::create_directories(dir_);
+  }
+  void TearDown() override { fs::remove_all(dir_); }
+
+  fs::path writeFile(const std::string& name, const std::string& content) {
+    fs::path p = dir_ / name;
+    std::ofstream(p, std::ios::binary) << content;
+    return p;
+  }
+
+  Outcome run(std::initializer_list<std::string> args, const std::string& input = "") {
+    fs::path in = writeFile("stdin.txt", input);
+    std::string command = quoted(runnerPath().string());
+    for (const std::string& a : args) command += " " + quoted(a);
+    command += " <" + quoted(in.string()) + " >" + quoted((dir_ / "out.txt").string()) + " 2>" +
+               quoted((dir_ / "err.txt").string());
+    auto start = std::chrono::steady_clock::now();
+    int raw = std::system(command.c_str());
+    Outcome o;
+    o.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    o.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    o.out = slurp(dir_ / "out.txt");
+    o.err = slurp(dir_ / "err.txt");
+    return o;
+  }
+
+  fs::path dir_;
+};
+
+TEST_F(RunnerTest, ReadsTheScriptFromStandardInputForDash) {
+  Outcome o = run({"--console", "-"}, "DIM RESULT = \"from stdin\"\n");
+  EXPECT_EQ(o.status, 0) << o.err;
+  EXPECT_EQ(o.out, "from stdin\n");
+}
+
+TEST_F(RunnerTest, OptionsMayFollowTheFileAndDoubleDashEndsThem) {
+  fs::path script = writeFile("-odd name.bas", "DIM RESULT = 1 + 1\n");
+  Outcome o = run({"--", script.string(), "--timeout", "5"});
+  // After "--" everything is a file name, so "--timeout" is a second file.
+  EXPECT_EQ(o.status, 2);
+  EXPECT_NE(o.err.find("too many arguments"), std::string::npos) << o.err;
+
+  o = run({script.string(), "--console", "--timeout=5"});
+  EXPECT_EQ(o.status, 0) << o.err;
+  EXPECT_EQ(o.out, "2\n");
+}
+
+TEST_F(RunnerTest, FilesThatCannotBeReadExitWithTwoAndNameTheProblem) {
+  Outcome missing = run({"--console", (dir_ / "nowhere.bas").string()});
+  EXPECT_EQ(missing.status, 2);
+  EXPECT_NE(missing.err.find("cannot open"), std::string::npos) << missing.err;
+  EXPECT_NE(missing.err.find("nowhere.bas"), std::string::npos) << missing.err;
+  EXPECT_EQ(missing.out, "");
+
+  Outcome directory = run({"--console", dir_.string()});
+  EXPECT_EQ(directory.status, 2);
+  EXPECT_NE(directory.err.find("cannot read"), std::string::npos) << directory.err;
+}
+
+TEST_F(RunnerTest, RefusesMalformedUtf8ButKeepsValidMultibyteText) {
+  // An overlong form of "/" and an encoded surrogate are not UTF-8, though a lax decoder
+  // would accept both.
+  for (std::string bad : {"DIM RESULT = \"\xC0\xAF\"\n", "DIM RESULT = \"\xED\xA0\x80\"\n",
+                          "DIM RESULT = \"\xF4\x90\x80\x80\"\n", "DIM RESULT = \"\xE2\x82\"\n"}) {
+    Outcome o = run({"--console", writeFile("bad.bas", bad).string()});
+    EXPECT_EQ(o.status, 2) << bad;
+    EXPECT_NE(o.err.find("not valid UTF-8 (line 1, byte 14)"), std::string::npos) << o.err;
+  }
+  Outcome good =
+      run({"--console",
+           writeFile("good.bas", "DIM RESULT = \"\xF0\x9F\x98\x80 \xE2\x82\xAC\"\n").string()});
+  EXPECT_EQ(good.status, 0) << good.err;
+  EXPECT_EQ(good.out, "\xF0\x9F\x98\x80 \xE2\x82\xAC\n");
+}
+
+TEST_F(RunnerTest, TimeLimitStopsAnEndlessLoopAfterAboutThatLong) {
+  fs::path script = writeFile("loop.bas", "DIM n = 0\nWHILE 1\nn = n + 1\nWEND\n");
+  Outcome o = run({"--console", "--timeout", "1", script.string()});
+  EXPECT_EQ(o.status, 1);
+  EXPECT_NE(o.err.find("Script execution time is out"), std::string::npos) << o.err;
+  EXPECT_GE(o.seconds, 0.9);
+  EXPECT_LT(o.seconds, 5.0);
+}
+
+TEST_F(RunnerTest, InformationalOptionsAnswerAndExitZero) {
+  Outcome version = run({"--version"});
+  EXPECT_EQ(version.status, 0);
+  EXPECT_EQ(version.out, "LxBasic 1.6\n");
+
+  Outcome help = run({"--help"});
+  EXPECT_EQ(help.status, 0);
+  for (const char* topic : {"--timeout SECONDS", "--gui", "--console", "Exit status", "RESULT"}) {
+    EXPECT_NE(help.out.find(topic), std::string::npos) << topic;
+  }
+}
+
+TEST_F(RunnerTest, NoArgumentsIsAUsageError) {
+  Outcome o = run({});
+  EXPECT_EQ(o.status, 2);
+  EXPECT_NE(o.err.find("no script file given"), std::string::npos) << o.err;
+  EXPECT_NE(o.err.find("--help"), std::string::npos) << o.err;
+}
+
+TEST_F(RunnerTest, GuiWithoutADisplayIsRefused) {
+  fs::path script = writeFile("ok.bas", "DIM RESULT = 1\n");
+  std::string command = "env -u DISPLAY -u WAYLAND_DISPLAY " + quoted(runnerPath().string()) +
+                        " --gui " + quoted(script.string()) + " >/dev/null 2>&1";
+  int raw = std::system(command.c_str());
+  ASSERT_TRUE(WIFEXITED(raw));
+  EXPECT_EQ(WEXITSTATUS(raw), 2);
+}
+
+}  // namespace
