@@ -37,6 +37,14 @@ UString fromUtf8(std::string_view utf8) {
            (static_cast<unsigned char>(utf8[i + 3]) & 0x3Fu);
       len = 4;
     }
+    for (size_t k = 1; k < len; ++k) {
+      if ((static_cast<unsigned char>(utf8[i + k]) & 0xC0u) != 0x80u) {
+        // A sequence cut short: one replacement character, and the next byte starts afresh.
+        cp = 0xFFFD;
+        len = 1;
+        break;
+      }
+    }
     i += len;
     if (cp >= 0x10000 && cp <= 0x10FFFF) {
       cp -= 0x10000;
@@ -257,9 +265,29 @@ double doubleValue(UStringView text) {
   const char* first = ascii.data();
   auto [ptr, ec] = std::from_chars(first, first + ascii.size(), value);
   if (ec == std::errc::result_out_of_range) {
-    // Overflow reads as an infinity, underflow as zero, like strtod.
+    // Overflow reads as an infinity, underflow as zero, like strtod. Which one it is follows
+    // from the decimal exponent of the first significant digit, not from the exponent's sign
+    // alone (400 digits with "e-10" is still huge).
     bool negative = ascii[0] == '-';
-    bool tiny = ascii.find("e-") != std::string::npos;
+    size_t point = ascii.find('.');
+    size_t ePos = ascii.find('e');
+    size_t mantissaEnd = ePos == std::string::npos ? ascii.size() : ePos;
+    if (point == std::string::npos) point = mantissaEnd;
+    size_t firstDigit = ascii.find_first_of("123456789");
+    long long magnitude = 0;
+    if (firstDigit != std::string::npos && firstDigit < mantissaEnd) {
+      magnitude = firstDigit < point ? static_cast<long long>(point - firstDigit) - 1
+                                     : -static_cast<long long>(firstDigit - point);
+    }
+    if (ePos != std::string::npos) {
+      long long exponent = 0;
+      const char* start = ascii.data() + ePos + 1 + (ascii[ePos + 1] == '+' ? 1 : 0);
+      if (std::from_chars(start, ascii.data() + ascii.size(), exponent).ec != std::errc()) {
+        exponent = ascii[ePos + 1] == '-' ? LLONG_MIN / 2 : LLONG_MAX / 2;
+      }
+      magnitude += exponent;
+    }
+    bool tiny = magnitude < 0;
     return tiny ? (negative ? -0.0 : 0.0)
                 : (negative ? -std::numeric_limits<double>::infinity()
                             : std::numeric_limits<double>::infinity());

@@ -1,5 +1,6 @@
 #include "lxbasic/variant.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -44,7 +45,15 @@ UString Number::text() const {
   if (type_ == Type::Double) {
     if (std::isnan(d_)) return u"nan";
     if (std::isinf(d_)) return d_ > 0 ? u"inf" : u"-inf";
-    r = std::to_chars(buf, buf + sizeof buf, d_);
+    // Shortest round-trip digits, laid out as "%.16g" would: plain decimals from 1e-4 up to
+    // 16 integer digits (1000000, not 1e+06), an exponent beyond that.
+    r = std::to_chars(buf, buf + sizeof buf, d_, std::chars_format::scientific);
+    const char* e = std::find(buf, r.ptr, 'e');
+    int exponent = 0;
+    std::from_chars(e + (e[1] == '+' ? 2 : 1), r.ptr, exponent);
+    if (exponent >= -4 && exponent < 16) {
+      r = std::to_chars(buf, buf + sizeof buf, d_, std::chars_format::fixed);
+    }
   } else {
     r = std::to_chars(buf, buf + sizeof buf, i_);
   }
