@@ -57,9 +57,14 @@ void setLogSink(LogSink sink) {
 }
 
 void logMessage(UStringView message) {
-  std::lock_guard lock(sinkMutex());
-  if (currentSink()) {
-    currentSink()(message);
+  // The sink runs outside the lock: a sink may log again or replace itself.
+  LogSink sink;
+  {
+    std::lock_guard lock(sinkMutex());
+    sink = currentSink();
+  }
+  if (sink) {
+    sink(message);
   } else {
     writeToStderr(message);
   }
