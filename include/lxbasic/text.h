@@ -55,6 +55,8 @@ int64_t truncToInt64(double d) noexcept;
 // Full Unicode case mapping (ASCII takes a fast path).
 UString upperCase(UStringView text);
 UString lowerCase(UStringView text);
+// Full Unicode case folding, for comparing without regard to case; the length may change.
+UString foldCase(UStringView text);
 
 // The platform equality of two values: strings by their code units, numbers by value, dates
 // by instant, arrays element by element, slots by their data, other objects by identity.

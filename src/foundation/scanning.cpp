@@ -58,26 +58,6 @@ char16_t asciiFold(char16_t c) noexcept {
   return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c;
 }
 
-// Full case folding of a whole text. Folding may change the length (ß becomes ss).
-UString foldCase(UStringView text) {
-  UString out(text.size() + 8, u'\0');
-  for (int attempt = 0; attempt < 2; ++attempt) {
-    UErrorCode status = U_ZERO_ERROR;
-    int32_t n =
-        u_strFoldCase(reinterpret_cast<UChar*>(out.data()), static_cast<int32_t>(out.size()),
-                      reinterpret_cast<const UChar*>(text.data()),
-                      static_cast<int32_t>(text.size()), U_FOLD_CASE_DEFAULT, &status);
-    if (status == U_BUFFER_OVERFLOW_ERROR) {
-      out.assign(static_cast<size_t>(n), u'\0');
-      continue;
-    }
-    if (U_FAILURE(status)) return UString(text);
-    out.resize(static_cast<size_t>(n));
-    return out;
-  }
-  return UString(text);
-}
-
 // The code point at `i` (a lone surrogate stands for itself) and its length in code units.
 UChar32 codePointAt(UStringView s, size_t i, size_t& units) noexcept {
   char16_t c = s[i];

@@ -168,7 +168,10 @@ T leadingInteger(UStringView text) {
   throw UnrecognizedSelectorException("-[" + name + " " + request + "]: unrecognized selector");
 }
 
-UString mapCase(UStringView text, bool upper) {
+enum class CaseMap { Upper, Lower, Fold };
+
+UString mapCase(UStringView text, CaseMap map) {
+  const bool upper = map == CaseMap::Upper;
   bool ascii = true;
   for (char16_t c : text) {
     if (c >= 0x80) {
@@ -191,8 +194,10 @@ UString mapCase(UStringView text, bool upper) {
     auto dst = reinterpret_cast<UChar*>(out.data());
     auto len = static_cast<int32_t>(text.size());
     auto cap = static_cast<int32_t>(out.size());
-    int32_t n = upper ? u_strToUpper(dst, cap, src, len, "", &status)
-                      : u_strToLower(dst, cap, src, len, "", &status);
+    int32_t n = map == CaseMap::Fold
+                    ? u_strFoldCase(dst, cap, src, len, U_FOLD_CASE_DEFAULT, &status)
+                : upper ? u_strToUpper(dst, cap, src, len, "", &status)
+                        : u_strToLower(dst, cap, src, len, "", &status);
     if (status == U_BUFFER_OVERFLOW_ERROR) {
       out.assign(static_cast<size_t>(n), u'\0');
       continue;
@@ -348,8 +353,9 @@ int64_t truncToInt64(double d) noexcept {
   return static_cast<int64_t>(d);
 }
 
-UString upperCase(UStringView text) { return mapCase(text, true); }
-UString lowerCase(UStringView text) { return mapCase(text, false); }
+UString upperCase(UStringView text) { return mapCase(text, CaseMap::Upper); }
+UString lowerCase(UStringView text) { return mapCase(text, CaseMap::Lower); }
+UString foldCase(UStringView text) { return mapCase(text, CaseMap::Fold); }
 
 bool valuesEqual(const Variant& a, const Variant& b) {
   switch (a.kind()) {

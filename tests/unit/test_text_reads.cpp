@@ -149,6 +149,9 @@ TEST(CaseMapping, FullUnicode) {
   EXPECT_EQ(lx::lowerCase(u"ΣΟΦΙΑ"), u"σοφια");
   EXPECT_EQ(lx::upperCase(u"\U00010428"), u"\U00010400");  // Deseret, beyond the BMP
   EXPECT_EQ(lx::upperCase(u""), u"");
+  EXPECT_EQ(lx::foldCase(u"ABC"), u"abc");
+  EXPECT_EQ(lx::foldCase(u"Straße"), u"strasse");
+  EXPECT_EQ(lx::foldCase(u"ΣΑΣ"), lx::foldCase(u"σας"));
   EXPECT_EQ(lx::upperCase(UString(u"a\xD800")), UString(u"A\xD800"));
 }
 
