@@ -39,8 +39,11 @@ void ScriptCore::clearTmpVars() {
 
 UString ScriptCore::storeTempSlot(ValueRef slot) {
   UString name = getTmpVarName();
-  _vars.insert_or_assign(name, std::move(slot));
-  _tmps.push_back(name);
+  // The table is keyed by upper-cased names; "____var_" upper-cases to "____VAR_".
+  UString key = name;
+  key.replace(4, 3, u"VAR");
+  _vars.insert_or_assign(key, std::move(slot));
+  _tmps.push_back(std::move(key));
   return name;
 }
 
