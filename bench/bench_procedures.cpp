@@ -26,9 +26,8 @@ void BM_RecursiveFib20(benchmark::State& state) {
     benchmark::DoNotOptimize(script.runScript());
     if (script.error() && script.error()->code() > 0) state.SkipWithError("the script failed");
   }
-  state.counters["calls/s"] =
-      benchmark::Counter(21891.0 * static_cast<double>(state.iterations()),
-                         benchmark::Counter::kIsRate);
+  state.counters["calls/s"] = benchmark::Counter(21891.0 * static_cast<double>(state.iterations()),
+                                                 benchmark::Counter::kIsRate);
 }
 BENCHMARK(BM_RecursiveFib20)->Unit(benchmark::kMillisecond);
 
@@ -43,7 +42,8 @@ BENCHMARK(BM_CreateChildScript)->Unit(benchmark::kMicrosecond);
 void BM_LoopOf21891Lines(benchmark::State& state) {
   for (auto _ : state) {
     lx::LxBasicScript script;
-    script.setScript(std::string_view("DIM s = 0\nFOR i = 1 TO 21891\ns = s + i\nNEXT\nDIM RESULT = s"));
+    script.setScript(
+        std::string_view("DIM s = 0\nFOR i = 1 TO 21891\ns = s + i\nNEXT\nDIM RESULT = s"));
     benchmark::DoNotOptimize(script.runScript());
   }
 }

@@ -121,7 +121,11 @@ void ScriptCore::parseEndIf(const UString& line) {
 void ScriptCore::parseSelectCase(const UString&) {
   setError(LxError::make(kNotSupported, {}, u"SELECT CASE ... END SELECT statement"));
 }
-void ScriptCore::parseCase(const UString& line) { parseSelectCase(line); }
-void ScriptCore::parseEndSelect(const UString& line) { parseSelectCase(line); }
+void ScriptCore::parseCase(const UString& line) {
+  parseSelectCase(line);
+}
+void ScriptCore::parseEndSelect(const UString& line) {
+  parseSelectCase(line);
+}
 
 }  // namespace lx

@@ -14,11 +14,15 @@ namespace lx {
 
 namespace {
 
-void fail(ScriptCore& script, int32_t code) { script.setError(LxError::make(code)); }
+void fail(ScriptCore& script, int32_t code) {
+  script.setError(LxError::make(code));
+}
 
 // Loop conditions are read leniently, through the leading integer of the value's text: 0.5
 // and "yes" are false, 2.7 and "12abc" true, no value false.
-bool loopTruth(const ValueRef& v) { return v && intValue(toText(v->data())) != 0; }
+bool loopTruth(const ValueRef& v) {
+  return v && intValue(toText(v->data())) != 0;
+}
 
 // Answers false when the evaluation stopped with an error, which then stands.
 bool loopCondition(ScriptCore& script, UStringView text, bool& truth) {
@@ -38,7 +42,9 @@ ValueRef evaluateOperand(ScriptCore& script, const UString& text, bool& failed) 
   return v;
 }
 
-bool isNumber(const ValueRef& v) { return v && v->type() == ValueKind::Number; }
+bool isNumber(const ValueRef& v) {
+  return v && v->type() == ValueKind::Number;
+}
 
 // The innermost record when it is of the wanted kind.
 template <class Record>
@@ -84,7 +90,9 @@ void LxBasicFor::forceEnd(ScriptCore& script) {
   script.addVarWithName(var(), Variant::int32(max()));
 }
 
-bool ScriptCore::validLoop() const { return _loops.empty() || _loops.back()->valid(); }
+bool ScriptCore::validLoop() const {
+  return _loops.empty() || _loops.back()->valid();
+}
 
 LxLoopProtocol* ScriptCore::getLoop() const {
   return _loops.empty() ? nullptr : _loops.back().get();
@@ -153,8 +161,8 @@ void ScriptCore::parseNext(const UString& line) {
   const auto next = static_cast<int32_t>(static_cast<uint32_t>(slot->data().number().toInt32()) +
                                          static_cast<uint32_t>(loop->step()));
   slot->setData(Variant::int32(next));
-  const bool again = (loop->step() > 0 && next <= loop->max()) ||
-                     (loop->step() < 0 && next >= loop->max());
+  const bool again =
+      (loop->step() > 0 && next <= loop->max()) || (loop->step() < 0 && next >= loop->max());
   if (again) {
     _curline = loop->line();
   } else {

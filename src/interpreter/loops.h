@@ -69,12 +69,17 @@ class LxBasicFor final : public LxLoopProtocol {
 // statement evaluates again.
 class LxConditionLoop : public LxLoopProtocol {
  public:
+  // Public so that the records can inherit it; the class itself stays abstract.
+  LxConditionLoop(UString expression, int32_t line)
+      : LxLoopProtocol(line), expression_(std::move(expression)) {}
   const UString& expression() const noexcept { return expression_; }
   void setExpression(UString e) { expression_ = std::move(e); }
 
  protected:
-  LxConditionLoop(UString expression, int32_t line)
-      : LxLoopProtocol(line), expression_(std::move(expression)) {}
+  template <class Record>
+  static std::shared_ptr<Record> make(UString& expression, int32_t line) {
+    return std::make_shared<Record>(std::move(expression), line);
+  }
 
  private:
   UString expression_;
@@ -82,10 +87,8 @@ class LxConditionLoop : public LxLoopProtocol {
 
 class LxBasicWhile final : public LxConditionLoop {
  public:
-  LxBasicWhile(UString expression, int32_t line) : LxConditionLoop(std::move(expression), line) {}
-  static std::shared_ptr<LxBasicWhile> whileWithExpression(UString expression, int32_t line) {
-    return std::make_shared<LxBasicWhile>(std::move(expression), line);
-  }
+  using LxConditionLoop::LxConditionLoop;
+  static auto whileWithExpression(UString e, int32_t line) { return make<LxBasicWhile>(e, line); }
 
   LoopKind kind() const noexcept override { return LoopKind::While; }
   void forceEnd(ScriptCore&) override { setExpression(u"0"); }
@@ -93,10 +96,8 @@ class LxBasicWhile final : public LxConditionLoop {
 
 class LxBasicDoLoop final : public LxConditionLoop {
  public:
-  LxBasicDoLoop(UString expression, int32_t line) : LxConditionLoop(std::move(expression), line) {}
-  static std::shared_ptr<LxBasicDoLoop> doLoopWithExpression(UString expression, int32_t line) {
-    return std::make_shared<LxBasicDoLoop>(std::move(expression), line);
-  }
+  using LxConditionLoop::LxConditionLoop;
+  static auto doLoopWithExpression(UString e, int32_t line) { return make<LxBasicDoLoop>(e, line); }
 
   LoopKind kind() const noexcept override { return LoopKind::Do; }
   // A condition that LOOP reads as "stop", whichever way the loop tests it.

@@ -83,7 +83,9 @@ bool runWithStackRoom(F& f) {
   return runOnFreshStack([](void* p) { (*static_cast<F*>(p))(); }, &f);
 }
 
-void fail(ScriptCore& script, int32_t code) { script.setError(LxError::make(code)); }
+void fail(ScriptCore& script, int32_t code) {
+  script.setError(LxError::make(code));
+}
 
 // The names between the brackets of a definition; false when one of them is unusable (an
 // empty one included, so that "(a,,b)" is refused while "()" has no parameters).
@@ -92,8 +94,8 @@ bool readParams(UStringView text, std::vector<UString>& params) {
   size_t start = 0;
   while (true) {
     const size_t comma = text.find(u',', start);
-    UString name = trim(text.substr(start, comma == UStringView::npos ? UStringView::npos
-                                                                      : comma - start));
+    UString name =
+        trim(text.substr(start, comma == UStringView::npos ? UStringView::npos : comma - start));
     if (name.empty() || !checkVarName(name)) return false;
     params.push_back(std::move(name));
     if (comma == UStringView::npos) return true;

@@ -7,8 +7,10 @@ END FUNCTION
 FUNCTION Add2(a, b)
   result = a + b
 END FUNCTION
+REM A line starting with "function" would open a definition, so that name is only read.
 FUNCTION Twice(x)
-  function = x * 2
+  result = x
+  Twice = function * 2
 END FUNCTION
 FUNCTION Fact(n)
   IF n <= 1 THEN
@@ -24,8 +26,9 @@ FUNCTION Early(x)
   EXIT
   Early = "late"
 END FUNCTION
+REM __func__ may not end a line: a trailing "_" continues the line.
 FUNCTION Who(x)
-  Who = __func__
+  Who = __func__ & ""
 END FUNCTION
 FUNCTION Boom(x)
   Boom = "partial"

@@ -166,8 +166,7 @@ TEST(FlowProcedures, WrongClosingWordKeepsTheDefinitionOpen) {
 }
 
 TEST(FlowProcedures, EmptyArgumentArrivesAsTheNullObject) {
-  const char* source =
-      "FUNCTION K(p)\nK = VarType(p)\nEND FUNCTION\nDIM e\nDIM RESULT = K(e)";
+  const char* source = "FUNCTION K(p)\nK = VarType(p)\nEND FUNCTION\nDIM e\nDIM RESULT = K(e)";
   EXPECT_EQ(run(source).result, "3");
 }
 
