@@ -65,9 +65,19 @@ int32_t yearLength(double instant) {
   return monthLength(dateSerial(f.year, 2, 1)) == 29 ? 366 : 365;
 }
 
+// Leap days from year 1 up to and including `year` (astronomical years, floored for the
+// years before 1).
+int64_t leapDaysThrough(int64_t year) {
+  auto floorDiv = [](int64_t a, int64_t b) { return a / b - (a % b != 0 && a < 0); };
+  return floorDiv(year, 4) - floorDiv(year, 100) + floorDiv(year, 400);
+}
+
 // Weeks by walking month by month, then year by year, from date1 toward date2, adding the
 // length of each month or year arrived at. Steps back add lengths too; the count is kept as
-// the library has always given it.
+// the library has always given it. The span holds fewer than 12 months, so those are walked;
+// the years reached are simply the next ones in the walk's direction, and their lengths (the
+// calendar's own leap rule, as yearLength finds it) are summed at once, which keeps spans of
+// millennia quick.
 int64_t walkedWeeks(double d1, double d2) {
   calendar::Span span = calendar::split(d1, d2);
   int64_t total = span.days;
@@ -76,9 +86,11 @@ int64_t walkedWeeks(double d1, double d2) {
     at = calendar::addFields(at, {.months = span.months > 0 ? 1 : -1});
     total += monthLength(at);
   }
-  for (int64_t i = 0; i < std::llabs(span.years); ++i) {
-    at = calendar::addFields(at, {.years = span.years > 0 ? 1 : -1});
-    total += yearLength(at);
+  int64_t from = calendar::fieldsOf(at).year;
+  int64_t first = span.years > 0 ? from + 1 : from + span.years;
+  int64_t last = span.years > 0 ? from + span.years : from - 1;
+  if (span.years != 0) {
+    total += 365 * std::llabs(span.years) + leapDaysThrough(last) - leapDaysThrough(first - 1);
   }
   return total / 7;
 }
@@ -88,12 +100,6 @@ Variant dateResult(double instant) {
 }
 Variant intResult(int64_t n) {
   return n == static_cast<int32_t>(n) ? Variant::int32(static_cast<int32_t>(n)) : Variant::int64(n);
-}
-
-// One calendar field of CDate(v), 0 when anything fails.
-template <class Pick>
-Variant fieldResult(const Variant& v, Pick pick) {
-  return guarded(Variant::int32(0), [&] { return intResult(pick(fieldsOf(v))); });
 }
 
 UString monthName(int month) {
@@ -160,26 +166,14 @@ Variant TimeValue(LxBasicFunc&, const Variant& v) {
 
 // --- Fields
 
-Variant Year(LxBasicFunc&, const Variant& v) {
-  return fieldResult(v, [](const calendar::Fields& f) { return f.year; });
+// Year, Month, Day, Hour, Minute and Second: one field of CDate(v), 0 when anything fails.
+template <int32_t calendar::Fields::*Field>
+Variant FieldOf(LxBasicFunc&, const Variant& v) {
+  return guarded(Variant::int32(0), [&] { return Variant::int32(fieldsOf(v).*Field); });
 }
-Variant Month(LxBasicFunc&, const Variant& v) {
-  return fieldResult(v, [](const calendar::Fields& f) { return f.month; });
-}
-Variant Day(LxBasicFunc&, const Variant& v) {
-  return fieldResult(v, [](const calendar::Fields& f) { return f.day; });
-}
-Variant Hour(LxBasicFunc&, const Variant& v) {
-  return fieldResult(v, [](const calendar::Fields& f) { return f.hour; });
-}
-Variant Minute(LxBasicFunc&, const Variant& v) {
-  return fieldResult(v, [](const calendar::Fields& f) { return f.minute; });
-}
-Variant Second(LxBasicFunc&, const Variant& v) {
-  return fieldResult(v, [](const calendar::Fields& f) { return f.second; });
-}
+
 Variant Weekday(LxBasicFunc&, const Variant& v) {
-  return fieldResult(v, [](const calendar::Fields& f) { return f.dayOfWeek + 1; });
+  return guarded(Variant::int32(0), [&] { return Variant::int32(fieldsOf(v).dayOfWeek + 1); });
 }
 
 // Unguarded: an acceptable day number asks for names that the date object never had, and
@@ -312,12 +306,12 @@ void registerDateFunctions(LibraryBuilder& b) {
       .method("Timer", &Timer)
       .method("DateValue:", &DateValue)
       .method("TimeValue:", &TimeValue)
-      .method("Year:", &Year)
-      .method("Month:", &Month)
-      .method("Day:", &Day)
-      .method("Hour:", &Hour)
-      .method("Minute:", &Minute)
-      .method("Second:", &Second)
+      .method("Year:", &FieldOf<&calendar::Fields::year>)
+      .method("Month:", &FieldOf<&calendar::Fields::month>)
+      .method("Day:", &FieldOf<&calendar::Fields::day>)
+      .method("Hour:", &FieldOf<&calendar::Fields::hour>)
+      .method("Minute:", &FieldOf<&calendar::Fields::minute>)
+      .method("Second:", &FieldOf<&calendar::Fields::second>)
       .method("Weekday:", &Weekday)
       .method("WeekdayName:", &WeekdayName)
       .method("MonthName:", &MonthName)

@@ -192,6 +192,13 @@ TEST(DateBuiltins, DateDiffWeeksByTheMonthAndYearWalk) {
   // The year reached, not the one left: 2023 -> 2024 counts 366.
   EXPECT_EQ(integer(call(u"DateDiff", {u"w", u"2023-03-01", u"2024-03-01"})), 52);
   EXPECT_EQ(integer(call(u"DateDiff", {u"w", u"2024-01-01", u"2024-01-13"})), 1);
+  // Long spans, counted year by year: across the leap rules of centuries and before year 1.
+  EXPECT_EQ(integer(call(u"DateDiff", {u"w", u"0001-01-01", u"9999-12-31"})), 521722);
+  Variant ancient = call(u"DateSerial", {N(-20000), N(1), N(1)});
+  Variant future = call(u"DateSerial", {N(20000), N(1), N(1)});
+  EXPECT_EQ(integer(call(u"DateDiff", {u"w", ancient, future})), 2087100);
+  EXPECT_EQ(integer(call(u"DateDiff", {u"w", future, ancient})), 2087100);
+  EXPECT_EQ(integer(call(u"DateDiff", {u"w", u"2025-03-01", u"2023-03-01"})), 104);
 }
 
 TEST(DateBuiltins, DatePartKeepsItsQuarterFormulaAndCase) {
