@@ -32,7 +32,8 @@ UString trim(UStringView s);
 UStringView trimView(UStringView s) noexcept;
 bool findWord(UStringView word, UStringView line);
 int32_t findKeyword(UStringView keyword, UStringView str);
-// flags: 1 case-insensitive, 2 literal (code units).
+// flags: 1 case-insensitive (full case folding), 2 literal (code units); without 1 the search
+// is literal, and other bits are ignored. An empty target replaces nothing.
 UString replace(UStringView target, UStringView replacement, UStringView str, uint32_t flags);
 bool checkVarName(UStringView name);
 UString getTmpVarName();
