@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -256,6 +257,33 @@ TEST(DateBuiltins, MonthAndYearLengthHelpers) {
   EXPECT_EQ(integer(call(u"daysInMonth", {u"2024-03-10"})), 31);  // 23 hours on the 10th
   EXPECT_EQ(integer(call(u"daysInYear", {u"2100-06-01"})), 365);
   EXPECT_EQ(integer(call(u"daysInYear", {u"2000-06-01"})), 366);
+}
+
+TEST(DateBuiltins, ExtremeValuesGiveClearResults) {
+  lxtest::PinnedZone pin("Europe/Berlin", "en_US");
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  // A date the calendar cannot hold gives the fallback 0.
+  for (Variant d : {date(1e300), date(-1e300), date(nan)}) {
+    EXPECT_EQ(integer(call(u"Year", {d})), 0);
+    EXPECT_EQ(integer(call(u"DatePart", {u"ww", d})), 0);
+    EXPECT_EQ(integer(call(u"DateDiff", {u"w", d, date(0)})), 0);
+    EXPECT_TRUE(call(u"DateAdd", {u"s", N(1), d}).isEmpty());
+    EXPECT_EQ(integer(call(u"daysInMonth", {d})), 0);
+  }
+  // A number or text that names no such date leaves CDate with nothing: the instant 0.
+  for (Variant d : {N(1e300), Variant(u"9999999999-01-01")}) {
+    EXPECT_EQ(integer(call(u"Year", {d})), 1970);
+    EXPECT_EQ(integer(call(u"DatePart", {u"ww", d})), 1);
+    EXPECT_EQ(integer(call(u"daysInMonth", {d})), 31);
+  }
+  for (const char16_t* in : {u"yyyy", u"q", u"m", u"d", u"ww", u"h", u"n", u"s"}) {
+    EXPECT_NO_THROW(call(u"DateAdd", {in, N(2147483647), date(0)}));
+    EXPECT_NO_THROW(call(u"DateAdd", {in, N(-2147483647 - 1), date(0)}));
+    EXPECT_NO_THROW(call(u"DateDiff", {in, date(-6e12), date(6e12)}));
+  }
+  EXPECT_NO_THROW(call(u"TimeSerial", {N(2147483647), N(2147483647), N(2147483647)}));
+  EXPECT_NO_THROW(call(u"DateSerial", {N(0), N(-2147483647 - 1), N(2147483647)}));
+  EXPECT_EQ(integer(call(u"DateDiff", {u"yyyy", date(-6e12), date(6e12)})), 380265);
 }
 
 TEST(DateBuiltins, EveryFormExists) {
