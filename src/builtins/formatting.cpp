@@ -7,12 +7,12 @@
 
 #include <cmath>
 #include <memory>
+#include <span>
 
 #include "builtins/date_parser.h"
 #include "builtins/families.h"
 #include "builtins/number_pattern.h"
 #include "foundation/calendar.h"
-#include "foundation/day_serial.h"
 #include "lxbasic/exceptions.h"
 #include "lxbasic/text.h"
 
@@ -59,20 +59,20 @@ UString formatWith(const UString& icuPattern, double value) {
   return fromIcu(out);
 }
 
-// CDbl: a date's serial number, anything else the number its text starts with.
-double serialOrNumber(const Variant& v) {
-  if (isDate(v)) return DateToFloat(v).toDouble();
-  return doubleValue(toText(v));
+// CDbl itself, so that dates, texts and failures read exactly as that built-in reads them.
+double cdbl(LxBasicFunc& lib, const Variant& x) {
+  Variant r = sendMsgToObj(lib, "CDbl:", std::span<const Variant>(&x, 1)).value;
+  return r.isNumber() ? r.number().toDouble() : 0.0;
 }
 
 int32_t intArg(const Variant& v) {
   return intValue(toText(v));
 }
 
-Variant FormatDateTime(LxBasicFunc&, const Variant& date, const Variant& format) {
+Variant FormatDateTime(LxBasicFunc& lib, const Variant& date, const Variant& format) {
   // A value that CDate cannot read shows the instant 0 with the styles of serial 0.
   std::optional<double> d = dateOfValue(date);
-  double s = d ? DateToFloat(Variant::date(*d)).toDouble() : 0.0;
+  double s = cdbl(lib, d ? Variant::date(*d) : Variant());
   using Style = icu::DateFormat::EStyle;
   Style dateStyle = icu::DateFormat::kNone, timeStyle = icu::DateFormat::kNone;
   switch (intArg(format)) {
@@ -101,9 +101,10 @@ Variant FormatDateTime(LxBasicFunc&, const Variant& date, const Variant& format)
   return fromIcu(out);
 }
 
-Variant formatNumberFamily(NumberStyle style, const Variant& x, const Variant& dec,
-                           const Variant& lead, const Variant& par, const Variant& group) {
-  double v = serialOrNumber(x);
+Variant formatNumberFamily(LxBasicFunc& lib, NumberStyle style, const Variant& x,
+                           const Variant& dec, const Variant& lead, const Variant& par,
+                           const Variant& group) {
+  double v = cdbl(lib, x);
   UString symbol = style == NumberStyle::Currency ? localCurrencySymbol() : UString();
   NumberPattern p =
       buildNumberPattern(style, intArg(dec), intArg(lead), intArg(par), intArg(group), symbol);
@@ -113,9 +114,9 @@ Variant formatNumberFamily(NumberStyle style, const Variant& x, const Variant& d
 // The shorter forms fill in dec -1 and the tristates -2.
 template <NumberStyle S>
 struct NumberFamily {
-  static Variant f5(LxBasicFunc&, const Variant& x, const Variant& dec, const Variant& lead,
+  static Variant f5(LxBasicFunc& lib, const Variant& x, const Variant& dec, const Variant& lead,
                     const Variant& par, const Variant& group) {
-    return formatNumberFamily(S, x, dec, lead, par, group);
+    return formatNumberFamily(lib, S, x, dec, lead, par, group);
   }
   static Variant f4(LxBasicFunc& lib, const Variant& x, const Variant& dec, const Variant& lead,
                     const Variant& par) {

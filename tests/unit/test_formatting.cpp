@@ -114,6 +114,7 @@ TEST(FormatNumber, OddNumbersStillFormat) {
   EXPECT_EQ(fmt(u"FormatNumber", {N(1), N(1000)}).size(),
             2u + 252u);  // "1." and the 252 zeros that fit
   EXPECT_EQ(fmt(u"FormatNumber", {lx::Array::make()}), u"0");
+  EXPECT_EQ(fmt(u"FormatNumber", {Variant::date(1e300)}), u"0");  // CDbl's fallback
   for (int n = 1; n <= 5; ++n) EXPECT_TRUE(lxtest::exists(u"FormatPercent", n));
   EXPECT_FALSE(lxtest::exists(u"FormatNumber", 0));
 }
