@@ -16,7 +16,9 @@ namespace lx {
 
 namespace {
 
-void append(Array& list, Variant value) { list.items.emplace_back(LxValue::make(std::move(value))); }
+void append(Array& list, Variant value) {
+  list.items.emplace_back(LxValue::make(std::move(value)));
+}
 
 // Every argument given is an element, the null object (an Empty script value) included.
 Variant arrayOf(LxBasicFunc& /*lib*/, std::span<const Variant> elements) {
@@ -47,10 +49,16 @@ Variant LBound2(LxBasicFunc& /*lib*/, const Variant& arr, const Variant& dim) {
 Variant UBound2(LxBasicFunc& /*lib*/, const Variant& arr, const Variant& dim) {
   return bound(arr, dim, true);
 }
-Variant LBound1(LxBasicFunc& lib, const Variant& arr) { return LBound2(lib, arr, Variant::int32(1)); }
-Variant UBound1(LxBasicFunc& lib, const Variant& arr) { return UBound2(lib, arr, Variant::int32(1)); }
+Variant LBound1(LxBasicFunc& lib, const Variant& arr) {
+  return LBound2(lib, arr, Variant::int32(1));
+}
+Variant UBound1(LxBasicFunc& lib, const Variant& arr) {
+  return UBound2(lib, arr, Variant::int32(1));
+}
 
-Variant IsArray(LxBasicFunc& /*lib*/, const Variant& x) { return Variant::boolean(isArray(x)); }
+Variant IsArray(LxBasicFunc& /*lib*/, const Variant& x) {
+  return Variant::boolean(isArray(x));
+}
 
 // The value an element contributes to a new array: a slot's data, or a nested list itself.
 Variant elementValue(const Variant& element) {
@@ -94,7 +102,9 @@ Variant Join2(LxBasicFunc& /*lib*/, const Variant& arr, const Variant& delimiter
   });
 }
 
-Variant Join1(LxBasicFunc& lib, const Variant& arr) { return Join2(lib, arr, u" "); }
+Variant Join1(LxBasicFunc& lib, const Variant& arr) {
+  return Join2(lib, arr, u" ");
+}
 
 // A count of 0 turns off the only way Split's loop ends: once the text is used up, it goes on
 // appending empty pieces until the run is stopped (terminate or the time limit). So that this

@@ -61,9 +61,9 @@ inline std::string listSelector(std::string_view name, std::string_view label, s
 template <ListBody Body, size_t... N>
 void registerListForms(LibraryBuilder& b, std::string_view name, std::string_view label,
                        size_t least, std::index_sequence<N...>) {
-  (..., (N >= least ? ListForms<Body>::add(b, listSelector(name, label, N),
-                                           std::make_index_sequence<N>{})
-                    : void()));
+  (..., (N >= least
+             ? ListForms<Body>::add(b, listSelector(name, label, N), std::make_index_sequence<N>{})
+             : void()));
 }
 
 }  // namespace lx

@@ -28,7 +28,8 @@ Variant dateOrText(const Variant& x, const Variant& fallback, Read read) {
 Variant radixText(const Variant& n, const char* format) {
   return guarded(UString(), [&] {
     char buf[16];
-    std::snprintf(buf, sizeof buf, format, static_cast<unsigned>(static_cast<uint32_t>(longLongValue(n))));
+    std::snprintf(buf, sizeof buf, format,
+                  static_cast<unsigned>(static_cast<uint32_t>(longLongValue(n))));
     return Variant::fromUtf8(buf);
   });
 }
@@ -52,35 +53,48 @@ Variant CByte(LxBasicFunc& /*lib*/, const Variant& x) {
 }
 
 Variant CCur(LxBasicFunc& /*lib*/, const Variant& x) {
-  return dateOrText(x, Variant::real(0.0), [](const UString& t) { return Variant::real(doubleValue(t)); });
+  return dateOrText(x, Variant::real(0.0),
+                    [](const UString& t) { return Variant::real(doubleValue(t)); });
 }
 
 // CDbl and CSng are CCur; CSng does not narrow to single precision.
-Variant CDbl(LxBasicFunc& lib, const Variant& x) { return CCur(lib, x); }
-Variant CSng(LxBasicFunc& lib, const Variant& x) { return CCur(lib, x); }
+Variant CDbl(LxBasicFunc& lib, const Variant& x) {
+  return CCur(lib, x);
+}
+Variant CSng(LxBasicFunc& lib, const Variant& x) {
+  return CCur(lib, x);
+}
 
 // Unguarded: a value without a number of its own fails the call.
 Variant Chr(LxBasicFunc& /*lib*/, const Variant& n) {
   return UString(1, static_cast<char16_t>(static_cast<uint32_t>(intValue(n)) & 0xFFFF));
 }
 
-Variant CInt(LxBasicFunc& /*lib*/, const Variant& x) { return CIntOf(x); }
+Variant CInt(LxBasicFunc& /*lib*/, const Variant& x) {
+  return CIntOf(x);
+}
 
 Variant CLng(LxBasicFunc& /*lib*/, const Variant& x) {
-  return dateOrText(x, Variant::int64(0), [](const UString& t) { return Variant::int64(longLongValue(t)); });
+  return dateOrText(x, Variant::int64(0),
+                    [](const UString& t) { return Variant::int64(longLongValue(t)); });
 }
 
 Variant CStr(LxBasicFunc& /*lib*/, const Variant& x) {
   return guarded(UString(), [&] { return Variant(toText(x)); });
 }
 
-Variant Hex(LxBasicFunc& /*lib*/, const Variant& n) { return radixText(n, "%X"); }
-Variant Oct(LxBasicFunc& /*lib*/, const Variant& n) { return radixText(n, "%o"); }
+Variant Hex(LxBasicFunc& /*lib*/, const Variant& n) {
+  return radixText(n, "%X");
+}
+Variant Oct(LxBasicFunc& /*lib*/, const Variant& n) {
+  return radixText(n, "%o");
+}
 
 }  // namespace
 
 Variant CIntOf(const Variant& x) {
-  return dateOrText(x, Variant::int32(0), [](const UString& t) { return Variant::int32(intValue(t)); });
+  return dateOrText(x, Variant::int32(0),
+                    [](const UString& t) { return Variant::int32(intValue(t)); });
 }
 
 void registerConversionFunctions(LibraryBuilder& b) {

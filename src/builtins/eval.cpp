@@ -40,6 +40,8 @@ Variant Eval(LxBasicFunc& lib, const Variant& text) {
 
 }  // namespace
 
-void registerEvalFunction(LibraryBuilder& b) { b.method("Eval:", &Eval); }
+void registerEvalFunction(LibraryBuilder& b) {
+  b.method("Eval:", &Eval);
+}
 
 }  // namespace lx

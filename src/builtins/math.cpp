@@ -25,14 +25,30 @@ Variant realFunction(LxBasicFunc& /*lib*/, const Variant& x) {
   return guarded(fallback, [&] { return Variant::real(Fn(doubleValue(x))); });
 }
 
-double absolute(double x) { return x < 0 ? -x : x; }
-double arcTangent(double x) { return std::atan(x); }
-double cosine(double x) { return std::cos(x); }
-double exponential(double x) { return std::exp(x); }
-double logarithm(double x) { return std::log(x); }
-double sine(double x) { return std::sin(x); }
-double tangent(double x) { return std::tan(x); }
-double squareRoot(double x) { return std::sqrt(x); }
+double absolute(double x) {
+  return x < 0 ? -x : x;
+}
+double arcTangent(double x) {
+  return std::atan(x);
+}
+double cosine(double x) {
+  return std::cos(x);
+}
+double exponential(double x) {
+  return std::exp(x);
+}
+double logarithm(double x) {
+  return std::log(x);
+}
+double sine(double x) {
+  return std::sin(x);
+}
+double tangent(double x) {
+  return std::tan(x);
+}
+double squareRoot(double x) {
+  return std::sqrt(x);
+}
 
 Variant Sgn(LxBasicFunc& /*lib*/, const Variant& x) {
   return guarded(Variant::int32(0), [&] {
@@ -46,7 +62,9 @@ Variant Int(LxBasicFunc& /*lib*/, const Variant& x) {
   return guarded(Variant::int32(0), [&] { return Variant::int32(truncToInt32(doubleValue(x))); });
 }
 
-Variant Fix(LxBasicFunc& lib, const Variant& x) { return Int(lib, x); }
+Variant Fix(LxBasicFunc& lib, const Variant& x) {
+  return Int(lib, x);
+}
 
 Variant Mod(LxBasicFunc& /*lib*/, const Variant& a, const Variant& b) {
   return guarded(Variant::int32(0), [&] {
@@ -70,7 +88,9 @@ Variant Round2(LxBasicFunc& /*lib*/, const Variant& x, const Variant& places) {
   });
 }
 
-Variant Round1(LxBasicFunc& lib, const Variant& x) { return Round2(lib, x, Variant()); }
+Variant Round1(LxBasicFunc& lib, const Variant& x) {
+  return Round2(lib, x, Variant());
+}
 
 // The state of Rnd, one value for the whole process; a negative argument answers it again.
 std::atomic<uint32_t> rndState{0};
@@ -106,21 +126,32 @@ Variant Rnd(LxBasicFunc& /*lib*/, const Variant& x) {
 
 // ---- bit operations on 32-bit signed integers; each operand goes through CInt first
 
-int32_t bitOperand(const Variant& v) { return intValue(CIntOf(v)); }
+int32_t bitOperand(const Variant& v) {
+  return intValue(CIntOf(v));
+}
 
 template <int32_t (*Op)(int32_t, int32_t)>
 Variant bitFunction(LxBasicFunc& /*lib*/, const Variant& a, const Variant& b) {
-  return guarded(Variant::int32(0), [&] { return Variant::real(Op(bitOperand(a), bitOperand(b))); });
+  return guarded(Variant::int32(0),
+                 [&] { return Variant::real(Op(bitOperand(a), bitOperand(b))); });
 }
 
 // Only the low 5 bits of the count are used: 32 shifts by 0, 33 by 1.
 int32_t shiftLeft(int32_t n, int32_t bits) {
   return static_cast<int32_t>(static_cast<uint32_t>(n) << (bits & 31));
 }
-int32_t shiftRight(int32_t n, int32_t bits) { return n >> (bits & 31); }  // copies the sign bit
-int32_t bitOr(int32_t a, int32_t b) { return a | b; }
-int32_t bitAnd(int32_t a, int32_t b) { return a & b; }
-int32_t bitXor(int32_t a, int32_t b) { return a ^ b; }
+int32_t shiftRight(int32_t n, int32_t bits) {
+  return n >> (bits & 31);
+}  // copies the sign bit
+int32_t bitOr(int32_t a, int32_t b) {
+  return a | b;
+}
+int32_t bitAnd(int32_t a, int32_t b) {
+  return a & b;
+}
+int32_t bitXor(int32_t a, int32_t b) {
+  return a ^ b;
+}
 
 }  // namespace
 

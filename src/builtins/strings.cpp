@@ -19,7 +19,9 @@ namespace lx {
 
 namespace {
 
-bool textCompare(const Variant& compare) { return intValue(compare) == 1; }
+bool textCompare(const Variant& compare) {
+  return intValue(compare) == 1;
+}
 
 // Start arguments are 1-based; anything below 1 means the first unit.
 int64_t zeroBasedStart(const Variant& start) {
@@ -37,23 +39,34 @@ Variant InStr3(LxBasicFunc& lib, const Variant& start, const Variant& s1, const 
   return InStrAt(lib, start, s1, s2, Variant::int32(0));
 }
 
-// Searches only the first start - 1 units, so by default (start = the length) the last unit
-// of s1 is never found: InStrRev("abc", "c") is 0.
-Variant InStrRev4(LxBasicFunc& /*lib*/, const Variant& s1, const Variant& s2, const Variant& start,
-                  const Variant& compare) {
+// The common steps of InStr and InStrRev. InStr searches forward from unit start - 1 to the
+// end; InStrRev searches backwards in the first start - 1 units only, so by default (start =
+// the length) the last unit of s1 is never found: InStrRev("abc", "c") is 0.
+Variant search(const Variant& s1, const Variant& s2, const Variant& start, const Variant& compare,
+               bool backwards) {
   return guarded(Variant::int32(-1), [&] {
     UString t1 = toText(s1);
     UString t2 = toText(s2);
     int64_t k = zeroBasedStart(start);
     bool fold = textCompare(compare);
     if (t1.empty()) return Variant::int32(0);
+    // An empty search text answers the zero-based start: InStr(3, "abc", "") is 2.
     if (t2.empty()) return Variant::int32(static_cast<int32_t>(k));
     if (k > static_cast<int64_t>(t1.size())) return Variant::int32(0);
-    UStringView range = UStringView(t1).substr(0, static_cast<size_t>(k));
-    UString needle = SearchText::needle(t2, fold);
-    auto match = SearchText(range, fold).find(needle, UStringView::npos, true);
-    return Variant::int32(match ? static_cast<int32_t>(match->offset) + 1 : 0);
+    auto split = static_cast<size_t>(k);
+    UStringView range =
+        backwards ? UStringView(t1).substr(0, split) : UStringView(t1).substr(split);
+    size_t base = backwards ? 0 : split;
+    auto match =
+        SearchText(range, fold)
+            .find(SearchText::needle(t2, fold), backwards ? UStringView::npos : 0, backwards);
+    return Variant::int32(match ? static_cast<int32_t>(base + match->offset) + 1 : 0);
   });
+}
+
+Variant InStrRev4(LxBasicFunc& /*lib*/, const Variant& s1, const Variant& s2, const Variant& start,
+                  const Variant& compare) {
+  return search(s1, s2, start, compare, true);
 }
 
 Variant InStrRev3(LxBasicFunc& lib, const Variant& s1, const Variant& s2, const Variant& start) {
@@ -106,10 +119,16 @@ Variant Len(LxBasicFunc& /*lib*/, const Variant& s) {
   return Variant::int32(static_cast<int32_t>(toText(s).size()));
 }
 
-Variant LCase(LxBasicFunc& /*lib*/, const Variant& s) { return lowerCase(toText(s)); }
-Variant UCase(LxBasicFunc& /*lib*/, const Variant& s) { return upperCase(toText(s)); }
+Variant LCase(LxBasicFunc& /*lib*/, const Variant& s) {
+  return lowerCase(toText(s));
+}
+Variant UCase(LxBasicFunc& /*lib*/, const Variant& s) {
+  return upperCase(toText(s));
+}
 
-bool isTrimBlank(char16_t c) { return c == 9 || c == 10 || c == 13 || c == 32; }
+bool isTrimBlank(char16_t c) {
+  return c == 9 || c == 10 || c == 13 || c == 32;
+}
 
 template <bool (*Blank)(char16_t)>
 UString trimmed(UStringView t, bool front, bool back) {
@@ -130,7 +149,9 @@ Variant RTrim(LxBasicFunc& /*lib*/, const Variant& s) {
 
 // Trim works on the value itself with the full white-space-and-newline set: only a text can
 // be trimmed, and nothing at all stays nothing.
-Variant Trim(LxBasicFunc& /*lib*/, const Variant& s) { return TrimOf(s); }
+Variant Trim(LxBasicFunc& /*lib*/, const Variant& s) {
+  return TrimOf(s);
+}
 
 Variant StrReverse(LxBasicFunc& /*lib*/, const Variant& s) {
   return guarded(UString(), [&] {
@@ -206,7 +227,9 @@ Variant Replace3(LxBasicFunc& lib, const Variant& s, const Variant& find,
   return Replace5(lib, s, find, replacement, Variant::int32(0), Variant::int32(0));
 }
 
-int32_t signOf(int64_t c) { return c < 0 ? -1 : c > 0 ? 1 : 0; }
+int32_t signOf(int64_t c) {
+  return c < 0 ? -1 : c > 0 ? 1 : 0;
+}
 
 Variant StrComp3(LxBasicFunc& /*lib*/, const Variant& s1, const Variant& s2,
                  const Variant& compare) {
@@ -216,10 +239,10 @@ Variant StrComp3(LxBasicFunc& /*lib*/, const Variant& s1, const Variant& s2,
     UString b = toText(s2);
     if (!textCompare(compare)) return Variant::int32(signOf(UStringView(a).compare(b)));
     UErrorCode status = U_ZERO_ERROR;
-    int32_t c = u_strCaseCompare(reinterpret_cast<const UChar*>(a.data()),
-                                 static_cast<int32_t>(a.size()),
-                                 reinterpret_cast<const UChar*>(b.data()),
-                                 static_cast<int32_t>(b.size()), U_FOLD_CASE_DEFAULT, &status);
+    int32_t c =
+        u_strCaseCompare(reinterpret_cast<const UChar*>(a.data()), static_cast<int32_t>(a.size()),
+                         reinterpret_cast<const UChar*>(b.data()), static_cast<int32_t>(b.size()),
+                         U_FOLD_CASE_DEFAULT, &status);
     if (U_FAILURE(status)) throw InvalidArgumentException("StrComp: cannot compare");
     return Variant::int32(signOf(c));
   });
@@ -233,19 +256,7 @@ Variant StrComp2(LxBasicFunc& lib, const Variant& s1, const Variant& s2) {
 
 Variant InStrAt(LxBasicFunc& /*lib*/, const Variant& start, const Variant& s1, const Variant& s2,
                 const Variant& compare) {
-  return guarded(Variant::int32(-1), [&] {
-    UString t1 = toText(s1);
-    UString t2 = toText(s2);
-    int64_t k = zeroBasedStart(start);
-    bool fold = textCompare(compare);
-    if (t1.empty()) return Variant::int32(0);
-    // An empty search text answers the zero-based start: InStr(3, "abc", "") is 2.
-    if (t2.empty()) return Variant::int32(static_cast<int32_t>(k));
-    if (k > static_cast<int64_t>(t1.size())) return Variant::int32(0);
-    UString needle = SearchText::needle(t2, fold);
-    auto match = SearchText(UStringView(t1).substr(static_cast<size_t>(k)), fold).find(needle, 0, false);
-    return Variant::int32(match ? static_cast<int32_t>(k + static_cast<int64_t>(match->offset)) + 1 : 0);
-  });
+  return search(s1, s2, start, compare, false);
 }
 
 Variant TrimOf(const Variant& s) {

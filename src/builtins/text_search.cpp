@@ -1,8 +1,8 @@
 #include "builtins/text_search.h"
 
-#include <unicode/utf16.h>
 #include <unicode/uchar.h>
 #include <unicode/ustring.h>
+#include <unicode/utf16.h>
 
 #include <algorithm>
 
@@ -13,7 +13,8 @@ SearchText::SearchText(UStringView original, bool fold) : original_(original), f
   units_.reserve(original.size());
   offsets_.reserve(original.size());
   for (size_t i = 0; i < original.size();) {
-    bool pair = U16_IS_LEAD(original[i]) && i + 1 < original.size() && U16_IS_TRAIL(original[i + 1]);
+    bool pair =
+        U16_IS_LEAD(original[i]) && i + 1 < original.size() && U16_IS_TRAIL(original[i + 1]);
     size_t len = pair ? 2 : 1;
     appendFolded(original.substr(i, len), i);
     i += len;

@@ -60,14 +60,26 @@ void Sleep(LxBasicFunc& lib, const Variant& seconds) {
 }
 
 // Unguarded, like every "%@" text.
-void WriteLn(LxBasicFunc& /*lib*/, const Variant& x) { logMessage(toText(x)); }
-void Print(LxBasicFunc& lib, const Variant& x) { WriteLn(lib, x); }
+void WriteLn(LxBasicFunc& /*lib*/, const Variant& x) {
+  logMessage(toText(x));
+}
+void Print(LxBasicFunc& lib, const Variant& x) {
+  WriteLn(lib, x);
+}
 
-Variant ScriptEngine(LxBasicFunc& /*lib*/) { return Variant::fromUtf8(kEngineName); }
-Variant ScriptEngineMajorVersion(LxBasicFunc& /*lib*/) { return Variant::int32(kVersionMajor); }
-Variant ScriptEngineMinorVersion(LxBasicFunc& /*lib*/) { return Variant::int32(kVersionMinor); }
+Variant ScriptEngine(LxBasicFunc& /*lib*/) {
+  return Variant::fromUtf8(kEngineName);
+}
+Variant ScriptEngineMajorVersion(LxBasicFunc& /*lib*/) {
+  return Variant::int32(kVersionMajor);
+}
+Variant ScriptEngineMinorVersion(LxBasicFunc& /*lib*/) {
+  return Variant::int32(kVersionMinor);
+}
 // A text, not a number.
-Variant ScriptEngineBuildVersion(LxBasicFunc& /*lib*/) { return Variant::fromUtf8(kVersionText); }
+Variant ScriptEngineBuildVersion(LxBasicFunc& /*lib*/) {
+  return Variant::fromUtf8(kVersionText);
+}
 
 }  // namespace
 

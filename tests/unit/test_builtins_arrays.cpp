@@ -8,12 +8,7 @@
 namespace {
 
 using lx::Variant;
-using lxtest::call;
-using lxtest::I;
-using lxtest::num;
-using lxtest::text;
-
-const Variant kNull = lxtest::null();
+using namespace lxtest;
 
 // The texts of the elements of an array made by a built-in; each element must be a slot.
 std::vector<std::u16string> elements(const Variant& v) {
@@ -49,7 +44,9 @@ TEST(ArraysArray, MakesFreshSlotsForEveryArgument) {
   for (int32_t n = 0; n <= 10; ++n) EXPECT_TRUE(lxtest::exists(u"Array", n)) << n;
   EXPECT_FALSE(lxtest::exists(u"Array", 11));
   EXPECT_EQ(call(u"Array", {I(1), I(2), I(3), I(4), I(5), I(6), I(7), I(8), I(9), I(10)})
-                .array()->items.size(), 10u);
+                .array()
+                ->items.size(),
+            10u);
 }
 
 TEST(ArraysBounds, OneDimension) {

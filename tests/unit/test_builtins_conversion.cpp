@@ -10,15 +10,7 @@ namespace {
 
 using lx::Number;
 using lx::Variant;
-using lxtest::call;
-using lxtest::text;
-using lxtest::I;
-using lxtest::L;
-using lxtest::R;
-using lxtest::num;
-
-const Variant kNull = lx::nullObject();
-const Variant kArray = lx::Array::make({Variant(I(1))});
+using namespace lxtest;
 
 TEST(ConversionCInt, TruncatesTheLeadingNumberOfTheText) {
   EXPECT_EQ(text(call(u"CInt", {u"12abc"})), u"12");
@@ -130,7 +122,7 @@ TEST(ConversionHexOct, LowThirtyTwoBitsUnsigned) {
 }
 
 TEST(ConversionGuards, ArrayReadsThroughItsText) {
-  // "(1)" has no leading number.
+  // "(x)" has no leading number.
   EXPECT_EQ(text(call(u"CInt", {kArray})), u"0");
   EXPECT_EQ(text(call(u"CByte", {kArray})), u"0");
   EXPECT_EQ(text(call(u"CLng", {kArray})), u"0");

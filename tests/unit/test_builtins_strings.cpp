@@ -6,17 +6,13 @@
 namespace {
 
 using lx::Variant;
-using lxtest::call;
-using lxtest::I;
-using lxtest::num;
-using lxtest::R;
-using lxtest::text;
+using namespace lxtest;
 
-const Variant kNull = lxtest::null();
-const Variant kArray = lxtest::someArray();
 const char16_t* kSmile = u"\U0001F600";  // outside the BMP: two code units
 
-int32_t pos(const Variant& v) { return static_cast<int32_t>(num(v)); }
+int32_t pos(const Variant& v) {
+  return static_cast<int32_t>(num(v));
+}
 
 TEST(StringsInStr, ForwardSearchWithStart) {
   EXPECT_EQ(pos(call(u"InStr", {u"hello", u"l"})), 3);

@@ -15,13 +15,7 @@
 namespace {
 
 using lx::Variant;
-using lxtest::call;
-using lxtest::I;
-using lxtest::num;
-using lxtest::R;
-using lxtest::text;
-
-const Variant kNull = lxtest::null();
+using namespace lxtest;
 
 class HostThing final : public lx::Object {
  public:
