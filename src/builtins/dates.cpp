@@ -178,8 +178,8 @@ Variant Weekday(LxBasicFunc&, const Variant& v) {
 
 // Unguarded: an acceptable day number asks for names that the date object never had, and
 // that failure reaches the caller.
-Variant WeekdayName(LxBasicFunc&, const Variant& v) {
-  int32_t n = isDate(v) ? calendar::fieldsOf(v.dateSeconds()).dayOfWeek + 1 : intArg(v);
+Variant WeekdayName(LxBasicFunc& lib, const Variant& v) {
+  int32_t n = isDate(v) ? Weekday(lib, v).number().toInt32() : intArg(v);
   if (n < 1 || n > 7) return UString();
   throw UnrecognizedSelectorException("date object does not recognize selector weekdaySymbols");
 }
