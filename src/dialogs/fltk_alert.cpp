@@ -22,6 +22,7 @@ constexpr int kButtonHeight = 28;
 constexpr int kButtonGap = 8;
 constexpr int kMinButtonWidth = 80;
 constexpr int kReturnMarkWidth = 24;  // room for the Return arrow of the default button
+constexpr int kLabelPad = 3;          // FLTK insets left-aligned labels by this on each side
 
 struct AlertState {
   int answer = kAlertNoAnswer;
@@ -93,7 +94,7 @@ int showAlert(const AlertRequest& request, const StopPoll& stopRequested) {
   }
 
   const int textX = kMargin + kIconSize + kMargin;
-  const int winW = std::max(textX + messageW + kMargin, rowWidth + 2 * kMargin);
+  const int winW = std::max(textX + messageW + kLabelPad + kMargin, rowWidth + 2 * kMargin);
   const int rowY = kMargin + messageH + 14;
   const int winH = rowY + kButtonHeight + kMargin;
 
@@ -105,7 +106,7 @@ int showAlert(const AlertRequest& request, const StopPoll& stopRequested) {
   window.callback(ignoreClose);
   Fl_Box icon(kMargin, kMargin, kIconSize, kIconSize);
   styleIcon(icon, request.kind);
-  Literal<Fl_Box> text(textX, kMargin, winW - textX - kMargin, messageH);
+  Literal<Fl_Box> text(textX - kLabelPad, kMargin, winW - textX + kLabelPad - kMargin, messageH);
   text.copy_label(message.c_str());
   text.align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE | FL_ALIGN_WRAP | FL_ALIGN_CLIP);
   std::array<std::unique_ptr<Fl_Button>, 3> buttons;

@@ -9,6 +9,7 @@
 #include <FL/fl_draw.H>
 
 #include <algorithm>
+#include <array>
 #include <memory>
 #include <optional>
 
@@ -97,10 +98,19 @@ LxDialog::LxDialog() {
   label->labelfont(kLabelFont);
   label->labelsize(kLabelSize);
   label->align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE | FL_ALIGN_CLIP);
-  btn2 = new Literal<Fl_Button>(W - 220, top(15, 32), 120, 32);
+  // The button frames are those of rounded bezels, which draw a few points inside them;
+  // FLTK boxes fill their frame, so the two would touch without the inset.
+  constexpr int kInsetX = 6, kInsetY = 4;
+  auto bezel = [&](int left) {
+    return std::array<int, 4>{left + kInsetX, top(15, 32) + kInsetY, 120 - 2 * kInsetX,
+                              32 - 2 * kInsetY};
+  };
+  auto [x2, y2, w2, h2] = bezel(W - 220);
+  btn2 = new Literal<Fl_Button>(x2, y2, w2, h2);
   btn2->callback(buttonClicked, this);
   btn2->shortcut(FL_Escape);
-  btn1 = new Literal<Fl_Return_Button>(W - 100, top(15, 32), 120, 32);
+  auto [x1, y1, w1, h1] = bezel(W - 100);
+  btn1 = new Literal<Fl_Return_Button>(x1, y1, w1, h1);
   btn1->callback(buttonClicked, this);
   wind->end();
   lineHeight = H;
