@@ -80,7 +80,7 @@ void printHelp() {
       "  --console          show MsgBox and InputBox on the terminal: the text goes to\n"
       "                     standard output, the answer is read from standard input\n"
       "                     (default: windows when a display is available, else the terminal)\n"
-      "  --help             show this help and exit\n"
+      "  -h, --help         show this help and exit\n"
       "  --version          print the engine name and version and exit\n"
       "\n"
       "Output:\n"
