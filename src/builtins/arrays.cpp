@@ -9,6 +9,7 @@
 #include "builtins/guard.h"
 #include "builtins/text_search.h"
 #include "interpreter/script_core.h"
+#include "lxbasic/exceptions.h"
 #include "lxbasic/text.h"
 #include "lxbasic/value.h"
 
@@ -97,6 +98,7 @@ Variant Join2(LxBasicFunc& /*lib*/, const Variant& arr, const Variant& delimiter
       if (!first) out += d;
       first = false;
       out += toText(element);
+      if (out.size() > kMaxBuiltText) throw RangeException("Join: text too long");
     }
     return out;
   });

@@ -16,38 +16,37 @@ namespace lx {
 
 namespace {
 
-// The functions of one double argument: read directly, computed in double precision.
-// Domain problems (Log(0), Sqr(-1)) are IEEE results, not failures.
-// Abs alone falls back to a double zero, the others to an integer one.
-template <double (*Fn)(double), bool RealFallback = false>
-Variant realFunction(LxBasicFunc& /*lib*/, const Variant& x) {
-  Variant fallback = RealFallback ? Variant::real(0.0) : Variant::int32(0);
-  return guarded(fallback, [&] { return Variant::real(Fn(doubleValue(x))); });
+enum class RealOp { Abs, Atn, Cos, Exp, Log, Sin, Tan, Sqr };
+
+double apply(RealOp op, double x) {
+  switch (op) {
+    case RealOp::Abs:
+      return x < 0 ? -x : x;
+    case RealOp::Atn:
+      return std::atan(x);
+    case RealOp::Cos:
+      return std::cos(x);
+    case RealOp::Exp:
+      return std::exp(x);
+    case RealOp::Log:
+      return std::log(x);
+    case RealOp::Sin:
+      return std::sin(x);
+    case RealOp::Tan:
+      return std::tan(x);
+    case RealOp::Sqr:
+      return std::sqrt(x);
+  }
+  return x;
 }
 
-double absolute(double x) {
-  return x < 0 ? -x : x;
-}
-double arcTangent(double x) {
-  return std::atan(x);
-}
-double cosine(double x) {
-  return std::cos(x);
-}
-double exponential(double x) {
-  return std::exp(x);
-}
-double logarithm(double x) {
-  return std::log(x);
-}
-double sine(double x) {
-  return std::sin(x);
-}
-double tangent(double x) {
-  return std::tan(x);
-}
-double squareRoot(double x) {
-  return std::sqrt(x);
+// The functions of one double argument: read directly, computed in double precision.
+// Domain problems (Log(0), Sqr(-1)) are IEEE results, not failures. Abs alone falls back to
+// a double zero, the others to an integer one.
+template <RealOp Op>
+Variant realFunction(LxBasicFunc& /*lib*/, const Variant& x) {
+  Variant fallback = Op == RealOp::Abs ? Variant::real(0.0) : Variant::int32(0);
+  return guarded(fallback, [&] { return Variant::real(apply(Op, doubleValue(x))); });
 }
 
 Variant Sgn(LxBasicFunc& /*lib*/, const Variant& x) {
@@ -130,40 +129,42 @@ int32_t bitOperand(const Variant& v) {
   return intValue(CIntOf(v));
 }
 
-template <int32_t (*Op)(int32_t, int32_t)>
-Variant bitFunction(LxBasicFunc& /*lib*/, const Variant& a, const Variant& b) {
-  return guarded(Variant::int32(0),
-                 [&] { return Variant::real(Op(bitOperand(a), bitOperand(b))); });
+enum class BitOp { LShift, RShift, Or, And, XOr };
+
+int32_t apply(BitOp op, int32_t a, int32_t b) {
+  switch (op) {
+    case BitOp::LShift:
+      // Only the low 5 bits of the count are used: 32 shifts by 0, 33 by 1.
+      return static_cast<int32_t>(static_cast<uint32_t>(a) << (b & 31));
+    case BitOp::RShift:
+      return a >> (b & 31);  // copies the sign bit in
+    case BitOp::Or:
+      return a | b;
+    case BitOp::And:
+      return a & b;
+    case BitOp::XOr:
+      return a ^ b;
+  }
+  return 0;
 }
 
-// Only the low 5 bits of the count are used: 32 shifts by 0, 33 by 1.
-int32_t shiftLeft(int32_t n, int32_t bits) {
-  return static_cast<int32_t>(static_cast<uint32_t>(n) << (bits & 31));
-}
-int32_t shiftRight(int32_t n, int32_t bits) {
-  return n >> (bits & 31);
-}  // copies the sign bit
-int32_t bitOr(int32_t a, int32_t b) {
-  return a | b;
-}
-int32_t bitAnd(int32_t a, int32_t b) {
-  return a & b;
-}
-int32_t bitXor(int32_t a, int32_t b) {
-  return a ^ b;
+template <BitOp Op>
+Variant bitFunction(LxBasicFunc& /*lib*/, const Variant& a, const Variant& b) {
+  return guarded(Variant::int32(0),
+                 [&] { return Variant::real(apply(Op, bitOperand(a), bitOperand(b))); });
 }
 
 }  // namespace
 
 void registerMathFunctions(LibraryBuilder& b) {
-  b.method("Abs:", &realFunction<absolute, true>)
-      .method("Atn:", &realFunction<arcTangent>)
-      .method("Cos:", &realFunction<cosine>)
-      .method("Exp:", &realFunction<exponential>)
-      .method("Log:", &realFunction<logarithm>)
-      .method("Sin:", &realFunction<sine>)
-      .method("Tan:", &realFunction<tangent>)
-      .method("Sqr:", &realFunction<squareRoot>)
+  b.method("Abs:", &realFunction<RealOp::Abs>)
+      .method("Atn:", &realFunction<RealOp::Atn>)
+      .method("Cos:", &realFunction<RealOp::Cos>)
+      .method("Exp:", &realFunction<RealOp::Exp>)
+      .method("Log:", &realFunction<RealOp::Log>)
+      .method("Sin:", &realFunction<RealOp::Sin>)
+      .method("Tan:", &realFunction<RealOp::Tan>)
+      .method("Sqr:", &realFunction<RealOp::Sqr>)
       .method("Sgn:", &Sgn)
       .method("Int:", &Int)
       .method("Fix:", &Fix)
@@ -171,11 +172,11 @@ void registerMathFunctions(LibraryBuilder& b) {
       .method("Mod:N2:", &Mod)
       .method("Round:", &Round1)
       .method("Round:numdecimalplaces:", &Round2)
-      .method("LShift:bits:", &bitFunction<shiftLeft>)
-      .method("RShift:bits:", &bitFunction<shiftRight>)
-      .method("BOr:n2:", &bitFunction<bitOr>)
-      .method("BAnd:n2:", &bitFunction<bitAnd>)
-      .method("BXOr:n2:", &bitFunction<bitXor>);
+      .method("LShift:bits:", &bitFunction<BitOp::LShift>)
+      .method("RShift:bits:", &bitFunction<BitOp::RShift>)
+      .method("BOr:n2:", &bitFunction<BitOp::Or>)
+      .method("BAnd:n2:", &bitFunction<BitOp::And>)
+      .method("BXOr:n2:", &bitFunction<BitOp::XOr>);
 }
 
 }  // namespace lx

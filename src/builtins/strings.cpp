@@ -209,6 +209,7 @@ Variant Replace5(LxBasicFunc& /*lib*/, const Variant& s, const Variant& find,
     while (auto match = hay.find(needle, from, false)) {
       out.append(t, copied, match->offset - copied);
       out += r;
+      if (out.size() > kMaxBuiltText) throw RangeException("Replace: text too long");
       copied = match->offset + match->length;
       from = match->next;
     }
