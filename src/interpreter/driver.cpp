@@ -192,10 +192,18 @@ void ScriptCore::parseOnError(const UString& line) {
 
 // ---- runs
 
-Variant ScriptCore::runScript(const Variant& /*argument*/) {
+void ScriptCore::beginRun() {
   _running.store(1);
   setError(nullptr);
   if (!_owner) stop_.store(false);
+}
+
+Variant ScriptCore::runScript(const Variant& argument) {
+  beginRun();
+  return runBody(argument);
+}
+
+Variant ScriptCore::runBody(const Variant& /*argument*/) {
   struct EndOfRun {
     ScriptCore& s;
     ~EndOfRun() {
@@ -242,9 +250,20 @@ void ScriptCore::runThreaded(const Variant& argument) {
   runScript(argument);
 }
 
+Variant ScriptCore::resultBetweenLines() const {
+  std::unique_lock lineLock(lineMutex_, std::defer_lock);
+  if (lineLock.try_lock_for(std::chrono::milliseconds(50))) return resultValue();
+  return Variant();
+}
+
 Variant ScriptCore::run() { return run(Variant()); }
 
 Variant ScriptCore::run(const Variant& argument) {
+  // A second run of a running script is refused; the caller gets RESULT as it stands.
+  if (running()) return resultBetweenLines();
+  // Begun here, not on the new thread: a stop or time limit that comes before the thread
+  // has started must not be undone by it.
+  beginRun();
   struct Completion {
     std::mutex m;
     std::condition_variable cv;
@@ -258,7 +277,7 @@ Variant ScriptCore::run(const Variant& argument) {
   // The thread keeps the script alive, so a host may drop its handle as soon as run returns.
   std::thread worker([self = shared_from_this(), argument, completion] {
     try {
-      self->runThreaded(argument);
+      self->runBody(argument);
     } catch (...) {
       std::lock_guard lock(self->exceptionMutex_);
       self->lastException_ = std::current_exception();
@@ -297,9 +316,7 @@ Variant ScriptCore::run(const Variant& argument) {
   }
   lock.unlock();
   worker.detach();
-  std::unique_lock lineLock(lineMutex_, std::defer_lock);
-  if (lineLock.try_lock_for(std::chrono::milliseconds(50))) return resultValue();
-  return Variant();
+  return resultBetweenLines();
 }
 
 }  // namespace lx

@@ -212,6 +212,9 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   };
   std::vector<PreparedLine> prepared_;
   void execute(const LxBasicStringList& source);
+  void beginRun();
+  Variant runBody(const Variant& argument);
+  Variant resultBetweenLines() const;
   void mainLoop();
   UString evaluateCall(const UString& name, UString contents, const UString& line);
   UString evaluateBracket(const UString& contents, const UString& line);

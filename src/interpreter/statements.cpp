@@ -348,7 +348,11 @@ UString ScriptCore::parseLine(const UString& original, bool comparition) {
     UString rightText = line.substr(at + 1, rightEnd - at - 1);
     ValueRef left = getValue(leftText);
     if (!left && hasError()) return UString();
-    if (!left && (op == u'+' || op == u'-')) left = LxValue::make(Variant::real(0));
+    // A sign with nothing before it is unary: the left value is 0. A name that is no value
+    // is not nothing, and is reported below.
+    if (!left && (op == u'+' || op == u'-') && trim(leftText).empty()) {
+      left = LxValue::make(Variant::real(0));
+    }
     if (!left) {
       setError(LxError::make(kVariableNotFound, original, trim(leftText)));
       return UString();

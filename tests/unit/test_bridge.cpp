@@ -51,11 +51,11 @@ struct Host {
     registerClasses();
     script.addObj(shelf);
     script.addObj(std::make_shared<Other>());
+    script.addVarWithName(u"RESULT", lx::Variant());
   }
   lxtest::Outcome go(std::u16string_view text) {
-    std::u16string full = u"DIM RESULT\n";
-    full += text;
-    return run(script, full);
+    script.addVarWithName(u"RESULT", lx::Variant());
+    return run(script, text);
   }
   lx::LxBasicScript script;
   std::shared_ptr<Shelf> shelf = std::make_shared<Shelf>();
