@@ -267,7 +267,7 @@ TEST_F(DialogTest, ScriptUsesItsOwnProviderAlsoInsideProcedures) {
   script.setDialogProvider(own);
   script.setScript(
       u"FUNCTION Ask(q)\n  Ask = MsgBox(q, vbYesNo + vbQuestion, \"Sure?\")\nEND FUNCTION\n"
-      u"RESULT = Ask(\"go on\") * 10 + MsgBox(\"x\")");
+      u"DIM a = Ask(\"go on\")\nDIM RESULT = a * 10 + MsgBox(\"x\")");
   Variant result = script.run();
   ASSERT_EQ(script.error(), nullptr) << lx::toUtf8(script.error()->description());
   EXPECT_EQ(text(result), u"69");  // "No" from the procedure, then the OK-only alert's -1
@@ -280,7 +280,7 @@ TEST_F(DialogTest, ScriptUsesItsOwnProviderAlsoInsideProcedures) {
 TEST_F(DialogTest, TerminateClosesAWaitingDialogAndStopsAfterItsLine) {
   fake->blockUntilStopped = true;
   lx::LxBasicScript script;
-  script.setScript(u"a = InputBox(\"p\", \"t\", \"kept\")\nRESULT = \"after\"");
+  script.setScript(u"DIM a = InputBox(\"p\", \"t\", \"kept\")\nDIM RESULT = \"after\"");
   std::thread stopper([&] {
     auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(5);
     while (fake->opened == 0 && std::chrono::steady_clock::now() < giveUp) {
@@ -301,7 +301,7 @@ TEST_F(DialogTest, TerminateClosesAWaitingDialogAndStopsAfterItsLine) {
 TEST_F(DialogTest, TimeLimitEndsAScriptWaitingInAnAlert) {
   fake->blockUntilStopped = true;
   lx::LxBasicScript script;
-  script.setScript(u"RESULT = MsgBox(\"waiting\")\nRESULT = 5");
+  script.setScript(u"DIM RESULT = MsgBox(\"waiting\")\nRESULT = 5");
   script.setTimeout(1);
   auto start = std::chrono::steady_clock::now();
   script.run();
