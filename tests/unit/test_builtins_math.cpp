@@ -10,15 +10,9 @@ using lx::Number;
 using lx::Variant;
 using namespace lxtest;
 
-TEST(MathFunctions, BasicValues) {
-  EXPECT_EQ(num(call(u"Abs", {R(-2.5)})), 2.5);
+TEST(MathFunctions, ReadTheArgumentDirectlyAndAnswerDoubles) {
   EXPECT_EQ(num(call(u"Abs", {u"-3"})), 3.0);
   EXPECT_DOUBLE_EQ(num(call(u"Atn", {I(1)})), std::atan(1.0));
-  EXPECT_DOUBLE_EQ(num(call(u"Cos", {I(0)})), 1.0);
-  EXPECT_DOUBLE_EQ(num(call(u"Exp", {I(1)})), std::exp(1.0));
-  EXPECT_DOUBLE_EQ(num(call(u"Sin", {I(0)})), 0.0);
-  EXPECT_DOUBLE_EQ(num(call(u"Tan", {I(1)})), std::tan(1.0));
-  EXPECT_EQ(num(call(u"Sqr", {I(16)})), 4.0);
   EXPECT_TRUE(call(u"Sqr", {I(16)}).number().isDouble());
 }
 
