@@ -1,8 +1,10 @@
 // MsgBox and InputBox against a scripted provider, and the console dialogs through streams.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
+#include <iostream>
 #include <optional>
 #include <sstream>
 #include <stdexcept>
@@ -387,6 +389,29 @@ TEST(ConsoleDialogs, StopRequestAnswersAtOnceWithoutReading) {
   std::string rest;
   EXPECT_TRUE(std::getline(c.in, rest));
   EXPECT_EQ(rest, "1");
+}
+
+TEST(ConsoleDialogs, WaitOnStandardInputEndsOnStopRequest) {
+  int pipeFds[2];
+  ASSERT_EQ(::pipe(pipeFds), 0);
+  const int savedStdin = ::dup(STDIN_FILENO);
+  ::dup2(pipeFds[0], STDIN_FILENO);
+  std::ostringstream out;
+  auto dialogs = lx::makeConsoleDialogs(std::cin, out);
+  const auto start = std::chrono::steady_clock::now();
+  lx::StopPoll soon = [start] {
+    return std::chrono::steady_clock::now() - start > std::chrono::milliseconds(200);
+  };
+  EXPECT_EQ(dialogs->runAlert(AlertRequest{}, soon), lx::kAlertNoAnswer);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
+  // The writer is still there: a line that comes later is read by the next dialog.
+  ASSERT_EQ(::write(pipeFds[1], "typed\n", 6), 6);
+  InputAnswer typed = dialogs->runInput(InputRequest{}, [] { return false; });
+  EXPECT_EQ(typed.lastEdit, u"typed");
+  ::dup2(savedStdin, STDIN_FILENO);
+  ::close(savedStdin);
+  ::close(pipeFds[0]);
+  ::close(pipeFds[1]);
 }
 
 TEST(ConsoleDialogs, DrivesMsgBoxAndInputBoxEndToEnd) {
