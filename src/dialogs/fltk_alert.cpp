@@ -43,30 +43,37 @@ void buttonPressed(Fl_Widget*, void* data) {
 // Closing the window from outside is not an answer: one of the buttons must be chosen.
 void ignoreClose(Fl_Widget*, void*) {}
 
-void styleIcon(Fl_Box& icon, AlertKind kind) {
-  icon.labelsize(34);
-  icon.labelcolor(FL_WHITE);
+// Drawn rather than loaded, so the library carries no image files: a red disc for critical
+// alerts, a neutral tile for plain ones, a blue tile for information.
+struct IconStyle {
+  Fl_Boxtype box;
+  Fl_Color background;
+  Fl_Color glyphColour;
+  Fl_Font font;
+  const char* glyph;
+};
+
+IconStyle iconStyle(AlertKind kind) {
   switch (kind) {
     case AlertKind::Critical:
-      icon.box(FL_OVAL_BOX);
-      icon.color(fl_rgb_color(200, 30, 30));
-      icon.labelfont(FL_HELVETICA_BOLD);
-      icon.label("!");
-      break;
+      return {FL_OVAL_BOX, fl_rgb_color(200, 30, 30), FL_WHITE, FL_HELVETICA_BOLD, "!"};
     case AlertKind::Plain:
-      icon.box(FL_THIN_UP_BOX);
-      icon.color(fl_rgb_color(225, 225, 225));
-      icon.labelcolor(fl_rgb_color(60, 60, 60));
-      icon.labelfont(FL_HELVETICA_BOLD);
-      icon.label("?");
-      break;
+      return {FL_THIN_UP_BOX, fl_rgb_color(225, 225, 225), fl_rgb_color(60, 60, 60),
+              FL_HELVETICA_BOLD, "?"};
     case AlertKind::Informational:
-      icon.box(FL_ROUNDED_BOX);
-      icon.color(fl_rgb_color(40, 100, 200));
-      icon.labelfont(FL_TIMES_BOLD_ITALIC);
-      icon.label("i");
       break;
   }
+  return {FL_ROUNDED_BOX, fl_rgb_color(40, 100, 200), FL_WHITE, FL_TIMES_BOLD_ITALIC, "i"};
+}
+
+void styleIcon(Fl_Box& icon, AlertKind kind) {
+  const IconStyle style = iconStyle(kind);
+  icon.box(style.box);
+  icon.color(style.background);
+  icon.labelcolor(style.glyphColour);
+  icon.labelfont(style.font);
+  icon.labelsize(34);
+  icon.label(style.glyph);
 }
 
 }  // namespace

@@ -287,25 +287,28 @@ TEST_F(GraphicalDialogs, InputWindowLayoutAndTypedAnswer) {
   EXPECT_EQ(a.lastEdit, u"Ann Lee");
 }
 
-TEST_F(GraphicalDialogs, InputWithoutEditAndEditedBack) {
-  {
-    auto running = input(nameRequest("No edit"));
-    std::string id = findWindow("No edit");
+TEST_F(GraphicalDialogs, InputReportsOnlyEditsAndWhichButtonClosedIt) {
+  struct Case {
+    std::string title;
+    std::string keys;
+    bool ok;
+    std::optional<std::u16string> lastEdit;
+  };
+  const Case cases[] = {
+      {"No edit", "key Return", true, std::nullopt},
+      {"Edited back", "key End BackSpace type b", true, u"Bob"},
+      {"Escaped", "type x", false, u"x"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.title);
+    auto running = input(nameRequest(c.title));
+    std::string id = findWindow(c.title);
     ASSERT_FALSE(id.empty());
-    xdo(id, "key Return");
+    xdo(id, c.keys);
+    if (c.keys != "key Return") xdo(id, c.ok ? "key Return" : "key Escape");
     lx::InputAnswer a = running.get();
-    EXPECT_TRUE(a.ok);
-    EXPECT_EQ(a.lastEdit, std::nullopt);
-  }
-  {
-    auto running = input(nameRequest("Edited back"));
-    std::string id = findWindow("Edited back");
-    ASSERT_FALSE(id.empty());
-    xdo(id, "key End BackSpace type b");
-    xdo(id, "key Return");
-    lx::InputAnswer a = running.get();
-    EXPECT_TRUE(a.ok);
-    EXPECT_EQ(a.lastEdit, u"Bob");
+    EXPECT_EQ(a.ok, c.ok);
+    EXPECT_EQ(a.lastEdit, c.lastEdit);
   }
 }
 
