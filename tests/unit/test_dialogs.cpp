@@ -251,15 +251,6 @@ TEST_F(DialogTest, InputBoxResultsForOkCancelAndNoEdit) {
   EXPECT_TRUE(call(u"InputBox", {name}).isString());
 }
 
-TEST_F(DialogTest, DefaultProviderCanBeReplacedAndRestored) {
-  EXPECT_EQ(lx::defaultDialogProvider(), fake);
-  lx::setDefaultDialogProvider(nullptr);
-  auto made = lx::defaultDialogProvider();
-  ASSERT_NE(made, nullptr);
-  EXPECT_NE(made, fake);
-  EXPECT_EQ(lx::defaultDialogProvider(), made);
-}
-
 // ---- dialogs inside running scripts
 
 TEST_F(DialogTest, ScriptUsesItsOwnProviderAlsoInsideProcedures) {
@@ -351,15 +342,13 @@ TEST(ConsoleDialogs, AlertListsButtonsAndReadsNumberTitleOrReturn) {
   EXPECT_EQ(c.out.str(),
             "Save\n[!] Save 100% of it?\n1) Yes (default)  2) No  3) Cancel\n> "
             "Please answer with a number from 1 to 3 or a button's title.\n> ");
-}
-
-TEST(ConsoleDialogs, AlertWithoutTitleOrAlternate) {
-  Console c("2\n");
+  // No title line, and no other button without an alternate one.
+  Console lone("2\n");
   AlertRequest r;
   r.message = u"Done";
-  r.otherButton = u"Ignored";  // never shown without an alternate
-  EXPECT_EQ(c.dialogs->runAlert(r, c.never), lx::kAlertNoAnswer);  // "2" asked again, then EOF
-  EXPECT_EQ(c.out.str(),
+  r.otherButton = u"Ignored";
+  EXPECT_EQ(lone.dialogs->runAlert(r, lone.never), lx::kAlertNoAnswer);
+  EXPECT_EQ(lone.out.str(),
             "[i] Done\n1) OK (default)\n> Please answer with a number from 1 to 1 or a button's "
             "title.\n> \n");
 }
