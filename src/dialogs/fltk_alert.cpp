@@ -83,6 +83,8 @@ int showAlert(const AlertRequest& request, const StopPoll& stopRequested) {
   const std::string message = utf8(request.message);
   int messageW = 0, messageH = 0;
   measureText(message, FL_HELVETICA, FL_NORMAL_SIZE, kMessageWrap, messageW, messageH);
+  // A word longer than the wrap width widens the text; neither may outgrow the screen.
+  messageW = std::min(messageW, std::max(kMessageWrap, screen.w - 100));
   messageH = std::clamp(messageH, kIconSize, std::max(kIconSize, screen.h - 150));
 
   // Places from right to left: default, alternate, other.
