@@ -7,6 +7,7 @@
 #include "lxbasic/error.h"
 #include "lxbasic/script.h"
 #include "lxbasic/text.h"
+#include "lxbasic/value.h"
 
 namespace lx {
 
@@ -67,9 +68,24 @@ LxBasicFunc::LxBasicFunc() {
   std::call_once(once, registerClasses);
 }
 
+// The predefined constants hold immutable numbers, so every script can share one set of
+// read-only slots: a script can neither assign them nor change their data, only replace its
+// own table entry. Building them once keeps procedure calls, which make a script each, cheap.
+const std::vector<std::pair<UString, ValueRef>>& predefinedConstants() {
+  static const auto slots = [] {
+    std::vector<std::pair<UString, ValueRef>> made;
+    for (const Constant& c : kConstants) {
+      made.emplace_back(upperCase(c.name), LxValue::make(Variant::int32(c.value), true));
+    }
+    return made;
+  }();
+  return slots;
+}
+
 void LxBasicFunc::initWithScript(LxBasicScript& script) {
   script_ = &script.core();
-  for (const Constant& c : kConstants) script_->addConstWithName(c.name, Variant::int32(c.value));
+  auto& vars = script_->getVars();
+  for (const auto& [name, slot] : predefinedConstants()) vars.insert_or_assign(name, slot);
 }
 
 }  // namespace lx

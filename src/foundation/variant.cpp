@@ -16,7 +16,10 @@ Object::~Object() = default;
 UString Object::description() const {
   char buf[64];
   std::snprintf(buf, sizeof buf, ": %p>", static_cast<const void*>(this));
-  return u"<" + fromUtf8(className()) + fromUtf8(buf);
+  UString text = u"<";
+  text += fromUtf8(className());
+  text += fromUtf8(buf);
+  return text;
 }
 
 const ClassInfo* Object::lxClass() const { return ClassRegistry::instance().byType(typeid(*this)); }

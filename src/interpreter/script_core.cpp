@@ -19,30 +19,45 @@ ScriptCore::~ScriptCore() = default;
 
 std::shared_ptr<ScriptCore> ScriptCore::create() {
   std::shared_ptr<ScriptCore> script(new ScriptCore());
+  script->_subs = makeProcedureTable(*script);
   script->initialise();
   return script;
 }
 
 std::shared_ptr<ScriptCore> ScriptCore::createChild(ScriptCore& owner) {
-  std::shared_ptr<ScriptCore> child = create();
+  std::shared_ptr<ScriptCore> child(new ScriptCore());
   child->_owner = &owner;
-  child->_subs = owner._subs;
+  child->_subs = owner._subs;  // shared, so a child needs no table of its own
+  child->dialogs_ = owner.dialogs_;
+  child->initialise();
   child->_objs.insert(child->_objs.end(), owner._objs.begin() + (owner._objs.empty() ? 0 : 1),
                       owner._objs.end());
-  child->dialogs_ = owner.dialogs_;
   return child;
 }
 
+namespace {
+
+// null, nothing, empty, true and false: immutable, so shared by every script (see the
+// library's constants for why that is safe).
+const std::vector<std::pair<UString, ValueRef>>& scriptConstants() {
+  static const std::vector<std::pair<UString, ValueRef>> slots = {
+      {u"NULL", LxValue::make(Variant(), true)},
+      {u"NOTHING", LxValue::make(Variant(), true)},
+      {u"EMPTY", LxValue::make(Variant(), true)},
+      {u"TRUE", LxValue::make(Variant::boolean(true), true)},
+      {u"FALSE", LxValue::make(Variant::boolean(false), true)},
+  };
+  return slots;
+}
+
+}  // namespace
+
 void ScriptCore::initialise() {
-  _subs = makeProcedureTable(*this);
+  _vars.reserve(64);
   library_ = std::make_shared<LxBasicFunc>();
   addObj(library_);
   addConstWithName(u"err", Variant(std::make_shared<LxError>(0, UString(), UString(), -1)));
-  addConstWithName(u"null", Variant());
-  addConstWithName(u"nothing", Variant());
-  addConstWithName(u"empty", Variant());
-  addConstWithName(u"true", Variant::boolean(true));
-  addConstWithName(u"false", Variant::boolean(false));
+  for (const auto& [name, slot] : scriptConstants()) _vars.insert_or_assign(name, slot);
 }
 
 void ScriptCore::setScript(const Variant& text) { _script.setText(text); }
