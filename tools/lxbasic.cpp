@@ -242,18 +242,6 @@ std::shared_ptr<lx::DialogProvider> chooseDialogs(DialogMode mode) {
   return lx::makeGraphicalDialogs();
 }
 
-std::string describeException(const std::exception_ptr& thrown) {
-  try {
-    std::rethrow_exception(thrown);
-  } catch (const lx::Exception& e) {
-    return e.name() + ": " + e.what();
-  } catch (const std::exception& e) {
-    return e.what();
-  } catch (...) {
-    return "an exception of unknown type";
-  }
-}
-
 // Prints RESULT and the reason the run ended; answers the exit status.
 int report(const lx::LxBasicScript& script, const lx::Variant& result) {
   if (!result.isEmpty()) {
@@ -264,7 +252,7 @@ int report(const lx::LxBasicScript& script, const lx::Variant& result) {
   std::fflush(stdout);
   if (std::exception_ptr thrown = script.lastException()) {
     std::fprintf(stderr, "%s: the script was ended by an exception: %s\n", kProgram,
-                 describeException(thrown).c_str());
+                 lx::describeException(thrown).c_str());
     return kExitException;
   }
   // Codes of 0 and below are signals such as EXIT ("Correct exit"), not failures.

@@ -71,16 +71,6 @@ void registerInventory() {
       .method("Cheapest", &Inventory::cheapest);
 }
 
-std::string describe(const std::exception_ptr& thrown) {
-  try {
-    std::rethrow_exception(thrown);
-  } catch (const lx::Exception& e) {
-    return e.name() + ": " + e.what();
-  } catch (const std::exception& e) {
-    return e.what();
-  }
-}
-
 // Runs one script against the shared inventory and prints how it went.
 void runAndShow(const char* title, const std::shared_ptr<Inventory>& inventory,
                 const std::string& text) {
@@ -94,7 +84,7 @@ void runAndShow(const char* title, const std::shared_ptr<Inventory>& inventory,
   std::printf("== %s\n", title);
   if (!result.isEmpty()) std::printf("result: %s\n", lx::toUtf8(lx::toText(result)).c_str());
   if (std::exception_ptr thrown = script.lastException()) {
-    std::printf("exception: %s\n", describe(thrown).c_str());
+    std::printf("exception: %s\n", lx::describeException(thrown).c_str());
   } else if (lx::ErrorRef error = script.error(); error && error->code() > 0) {
     std::printf("error %d on line %d: %s\n", error->code(), error->lineNumber(),
                 lx::toUtf8(error->desc()).c_str());

@@ -3,6 +3,7 @@
 // cannot answer, an index out of range. They pass out of LxBasicScript::runScript.
 #pragma once
 
+#include <exception>
 #include <stdexcept>
 #include <string>
 
@@ -39,5 +40,20 @@ class InvalidArgumentException : public Exception {
   explicit InvalidArgumentException(const std::string& reason)
       : Exception("InvalidArgument", reason) {}
 };
+
+// "Name: reason" for the engine's exceptions, the reason for any other std::exception; for
+// reporting what LxBasicScript::lastException() or a runScript() caller received.
+inline std::string describeException(const std::exception_ptr& thrown) {
+  if (!thrown) return std::string();
+  try {
+    std::rethrow_exception(thrown);
+  } catch (const Exception& e) {
+    return e.name() + ": " + e.what();
+  } catch (const std::exception& e) {
+    return e.what();
+  } catch (...) {
+    return "an exception of unknown type";
+  }
+}
 
 }  // namespace lx
