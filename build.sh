@@ -41,7 +41,7 @@ case "${1:-}" in
     (cd build && ctest --output-on-failure -j "$JOBS")
     build build-sanitize -DLX_SANITIZE=ON
     (cd build-sanitize && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
-       ctest --output-on-failure -j "$JOBS")
+       LSAN_OPTIONS=suppressions="$PWD/../tests/lsan.supp" ctest --output-on-failure -j "$JOBS")
     ;;
   *)
     echo "usage: ./build.sh run [SCRIPT] | ./build.sh test" >&2

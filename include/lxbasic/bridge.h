@@ -132,12 +132,12 @@ struct Arg<double> {
 };
 template <class I>
 struct Arg<I, std::enable_if_t<std::is_integral_v<I> || std::is_same_v<I, float>>> {
-  static constexpr char code = std::is_same_v<I, bool>        ? 'B'
-                               : std::is_same_v<I, float>     ? 'f'
-                               : sizeof(I) == 1               ? 'c'
-                               : sizeof(I) == 2               ? 's'
-                               : sizeof(I) == 4               ? 'i'
-                                                              : 'q';
+  static constexpr char code = std::is_same_v<I, bool>    ? 'B'
+                               : std::is_same_v<I, float> ? 'f'
+                               : sizeof(I) == 1           ? 'c'
+                               : sizeof(I) == 2           ? 's'
+                               : sizeof(I) == 4           ? 'i'
+                                                          : 'q';
   static I from(const Variant& v) { return static_cast<I>(intValue(toText(v))); }
 };
 template <>
@@ -194,7 +194,9 @@ struct Ret<std::string> {
 template <class T>
 struct Ret<std::shared_ptr<T>, std::enable_if_t<std::is_base_of_v<Object, T>>> {
   static constexpr char code = '@';
-  static Variant to(std::shared_ptr<T> r) { return r ? Variant(ObjectRef(std::move(r))) : Variant(); }
+  static Variant to(std::shared_ptr<T> r) {
+    return r ? Variant(ObjectRef(std::move(r))) : Variant();
+  }
 };
 
 template <class R, class... A, class Fn, class T, size_t... I>
@@ -228,7 +230,8 @@ class ClassBuilder {
   static_assert(std::is_base_of_v<Object, T>, "host classes derive from lx::Object");
 
  public:
-  explicit ClassBuilder(std::string name) : info_(ClassRegistry::instance().add(std::move(name), typeid(T))) {
+  explicit ClassBuilder(std::string name)
+      : info_(ClassRegistry::instance().add(std::move(name), typeid(T))) {
     if constexpr (std::is_default_constructible_v<T>) {
       info_.setFactory([] { return std::static_pointer_cast<Object>(std::make_shared<T>()); });
     }
@@ -241,20 +244,26 @@ class ClassBuilder {
   }
   template <class R, class C, class... A>
   ClassBuilder& method(std::string selector, R (C::*fn)(A...)) {
-    auto call = [fn](T& self, auto&&... a) -> R { return (self.*fn)(std::forward<decltype(a)>(a)...); };
+    auto call = [fn](T& self, auto&&... a) -> R {
+      return (self.*fn)(std::forward<decltype(a)>(a)...);
+    };
     info_.addMethod(detail::makeMethod<T, R, A...>(std::move(selector), call));
     return *this;
   }
   template <class R, class C, class... A>
   ClassBuilder& method(std::string selector, R (C::*fn)(A...) const) {
-    auto call = [fn](T& self, auto&&... a) -> R { return (self.*fn)(std::forward<decltype(a)>(a)...); };
+    auto call = [fn](T& self, auto&&... a) -> R {
+      return (self.*fn)(std::forward<decltype(a)>(a)...);
+    };
     info_.addMethod(detail::makeMethod<T, R, A...>(std::move(selector), call));
     return *this;
   }
   // A free function whose first parameter is the receiver.
   template <class R, class C, class... A>
   ClassBuilder& method(std::string selector, R (*fn)(C&, A...)) {
-    auto call = [fn](T& self, auto&&... a) -> R { return fn(self, std::forward<decltype(a)>(a)...); };
+    auto call = [fn](T& self, auto&&... a) -> R {
+      return fn(self, std::forward<decltype(a)>(a)...);
+    };
     info_.addMethod(detail::makeMethod<T, R, A...>(std::move(selector), call));
     return *this;
   }

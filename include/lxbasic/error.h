@@ -68,8 +68,7 @@ class LxError final : public Object {
     return std::make_shared<LxError>(code, std::move(desc), std::move(line), lineNumber);
   }
   // A catalogue error: the message of `code` (filled with `fill`) and the given line text.
-  static std::shared_ptr<LxError> make(int32_t code, UStringView line = {},
-                                       UStringView fill = {});
+  static std::shared_ptr<LxError> make(int32_t code, UStringView line = {}, UStringView fill = {});
 
   int32_t code() const noexcept { return code_; }
   const UString& desc() const noexcept { return desc_; }

@@ -54,8 +54,8 @@ class LxBasicScript {
 
   ErrorRef error() const;  // nullptr when the last run went well
   bool running() const;
-  int32_t line() const;  // 0-based script line of the current statement; -1 when not running
-  void reset();          // drops variables, host objects and open blocks (not procedures)
+  int32_t line() const;      // 0-based script line of the current statement; -1 when not running
+  void reset();              // drops variables, host objects and open blocks (not procedures)
   bool checkSyntax() const;  // always true: nothing is checked before a run
 
   ValueRef addVarWithName(UStringView name, const Variant& value);

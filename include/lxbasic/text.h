@@ -22,20 +22,36 @@ UString dateText(double secondsSince1970);
 
 // Leading-number reads of a text: white space is skipped, then an optional sign and the
 // longest prefix that reads as a number; no such prefix reads 0.
-int32_t intValue(UStringView text);        // stops at the point; saturates at 32 bits
-int64_t longLongValue(UStringView text);   // the same in 64 bits
-double doubleValue(UStringView text);      // also reads a fraction and an exponent
-bool boolValue(UStringView text);          // after blanks, a sign and zeros: Y, y, T, t, 1-9
+int32_t intValue(UStringView text);       // stops at the point; saturates at 32 bits
+int64_t longLongValue(UStringView text);  // the same in 64 bits
+double doubleValue(UStringView text);     // also reads a fraction and an exponent
+bool boolValue(UStringView text);         // after blanks, a sign and zeros: Y, y, T, t, 1-9
 
 // Texts held in strings or literals read as texts (these resolve the overloads).
-inline int32_t intValue(const UString& t) { return intValue(UStringView(t)); }
-inline int32_t intValue(const char16_t* t) { return intValue(UStringView(t)); }
-inline int64_t longLongValue(const UString& t) { return longLongValue(UStringView(t)); }
-inline int64_t longLongValue(const char16_t* t) { return longLongValue(UStringView(t)); }
-inline double doubleValue(const UString& t) { return doubleValue(UStringView(t)); }
-inline double doubleValue(const char16_t* t) { return doubleValue(UStringView(t)); }
-inline bool boolValue(const UString& t) { return boolValue(UStringView(t)); }
-inline bool boolValue(const char16_t* t) { return boolValue(UStringView(t)); }
+inline int32_t intValue(const UString& t) {
+  return intValue(UStringView(t));
+}
+inline int32_t intValue(const char16_t* t) {
+  return intValue(UStringView(t));
+}
+inline int64_t longLongValue(const UString& t) {
+  return longLongValue(UStringView(t));
+}
+inline int64_t longLongValue(const char16_t* t) {
+  return longLongValue(UStringView(t));
+}
+inline double doubleValue(const UString& t) {
+  return doubleValue(UStringView(t));
+}
+inline double doubleValue(const char16_t* t) {
+  return doubleValue(UStringView(t));
+}
+inline bool boolValue(const UString& t) {
+  return boolValue(UStringView(t));
+}
+inline bool boolValue(const char16_t* t) {
+  return boolValue(UStringView(t));
+}
 
 // Direct reads: a Number answers its value, a String is read as above, Empty (no object)
 // answers 0; any other kind (Array, Date, Object, the null object) cannot answer and throws

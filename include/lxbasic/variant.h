@@ -15,7 +15,14 @@ using UString = std::u16string;
 using UStringView = std::u16string_view;
 
 // The kind of a value; also what the built-in VarType answers.
-enum class ValueKind : int32_t { Empty = 0, String = 1, Number = 2, Object = 3, Array = 4, Date = 5 };
+enum class ValueKind : int32_t {
+  Empty = 0,
+  String = 1,
+  Number = 2,
+  Object = 3,
+  Array = 4,
+  Date = 5
+};
 
 class ClassInfo;
 
@@ -131,9 +138,8 @@ class Variant {
   }
 
  private:
-  static constexpr ValueKind kKinds[] = {ValueKind::Empty,  ValueKind::String,
-                                         ValueKind::Number, ValueKind::Object,
-                                         ValueKind::Array,  ValueKind::Date};
+  static constexpr ValueKind kKinds[] = {ValueKind::Empty,  ValueKind::String, ValueKind::Number,
+                                         ValueKind::Object, ValueKind::Array,  ValueKind::Date};
   std::variant<std::monostate, std::shared_ptr<const UString>, Number, ObjectRef, ArrayRef, Date>
       v_;
 };
@@ -169,10 +175,18 @@ class Dictionary final : public Object {
 };
 
 // Classification tests, one definition of each kind for the whole engine.
-inline bool isString(const Variant& v) noexcept { return v.isString(); }
-inline bool isNumber(const Variant& v) noexcept { return v.isNumber(); }
-inline bool isArray(const Variant& v) noexcept { return v.isArray(); }
-inline bool isDate(const Variant& v) noexcept { return v.isDate(); }
+inline bool isString(const Variant& v) noexcept {
+  return v.isString();
+}
+inline bool isNumber(const Variant& v) noexcept {
+  return v.isNumber();
+}
+inline bool isArray(const Variant& v) noexcept {
+  return v.isArray();
+}
+inline bool isDate(const Variant& v) noexcept {
+  return v.isDate();
+}
 bool isDictionary(const Variant& v) noexcept;
 
 }  // namespace lx

@@ -19,17 +19,39 @@ struct Constant {
 };
 
 constexpr Constant kConstants[] = {
-    {u"vbBinaryCompare", 0},   {u"vbTextCompare", 1},     {u"vbOKOnly", 0},
-    {u"vbOKCancel", 1},        {u"vbAbortRetryIgnore", 2}, {u"vbYesNoCancel", 3},
-    {u"vbYesNo", 4},           {u"vbRetryCancel", 5},     {u"vbCritical", 16},
-    {u"vbQuestion", 32},       {u"vbExclamation", 48},    {u"vbInformation", 64},
-    {u"vbDefaultButton1", 0},  {u"vbDefaultButton2", 256}, {u"vbDefaultButton3", 512},
-    {u"vbDefaultButton4", 768}, {u"vbApplicationModal", 0}, {u"vbSystemModal", 4096},
-    {u"vbOK", 1},              {u"vbCancel", 2},          {u"vbAbort", 3},
-    {u"vbRetry", 4},           {u"vbIgnore", 5},          {u"vbYes", 6},
-    {u"vbNo", 7},              {u"vbGeneralDate", 0},     {u"vbLongDate", 1},
-    {u"vbShortDate", 2},       {u"vbLongTime", 3},        {u"vbShortTime", 4},
-    {u"TristateUseDefault", -2}, {u"TristateTrue", -1},   {u"TristateFalse", 0},
+    {u"vbBinaryCompare", 0},
+    {u"vbTextCompare", 1},
+    {u"vbOKOnly", 0},
+    {u"vbOKCancel", 1},
+    {u"vbAbortRetryIgnore", 2},
+    {u"vbYesNoCancel", 3},
+    {u"vbYesNo", 4},
+    {u"vbRetryCancel", 5},
+    {u"vbCritical", 16},
+    {u"vbQuestion", 32},
+    {u"vbExclamation", 48},
+    {u"vbInformation", 64},
+    {u"vbDefaultButton1", 0},
+    {u"vbDefaultButton2", 256},
+    {u"vbDefaultButton3", 512},
+    {u"vbDefaultButton4", 768},
+    {u"vbApplicationModal", 0},
+    {u"vbSystemModal", 4096},
+    {u"vbOK", 1},
+    {u"vbCancel", 2},
+    {u"vbAbort", 3},
+    {u"vbRetry", 4},
+    {u"vbIgnore", 5},
+    {u"vbYes", 6},
+    {u"vbNo", 7},
+    {u"vbGeneralDate", 0},
+    {u"vbLongDate", 1},
+    {u"vbShortDate", 2},
+    {u"vbLongTime", 3},
+    {u"vbShortTime", 4},
+    {u"TristateUseDefault", -2},
+    {u"TristateTrue", -1},
+    {u"TristateFalse", 0},
 };
 
 Variant CreateObject(LxBasicFunc& lib, const Variant& name) {
@@ -61,7 +83,9 @@ void registerClasses() {
 
 }  // namespace
 
-void registerObjectFunctions(LibraryBuilder& b) { b.method("CreateObject:", &CreateObject); }
+void registerObjectFunctions(LibraryBuilder& b) {
+  b.method("CreateObject:", &CreateObject);
+}
 
 LxBasicFunc::LxBasicFunc() {
   static std::once_flag once;

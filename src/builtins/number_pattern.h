@@ -17,7 +17,13 @@ struct NumberPattern {
   UString zeroBody;  // the zero section after the prefix: "0", or "0%" for percent
 
   UString positive() const { return prefix + body; }
-  UString negative() const { return parentheses ? u"(" + positive() + u")" : positive(); }
+  UString negative() const {
+    if (!parentheses) return positive();
+    UString text(1, u'(');
+    text += positive();
+    text += u')';
+    return text;
+  }
   UString zero() const { return prefix + zeroBody; }
   // "positive;zero;negative", the pattern as a whole.
   UString text() const { return positive() + u";" + zero() + u";" + negative(); }

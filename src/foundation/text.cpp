@@ -90,8 +90,20 @@ std::string toUtf8(UStringView text) {
 
 bool isWhitespaceOrNewline(char16_t c) noexcept {
   switch (c) {
-    case 0x09: case 0x0A: case 0x0B: case 0x0C: case 0x0D: case 0x20: case 0x85: case 0xA0:
-    case 0x1680: case 0x2028: case 0x2029: case 0x202F: case 0x205F: case 0x3000:
+    case 0x09:
+    case 0x0A:
+    case 0x0B:
+    case 0x0C:
+    case 0x0D:
+    case 0x20:
+    case 0x85:
+    case 0xA0:
+    case 0x1680:
+    case 0x2028:
+    case 0x2029:
+    case 0x202F:
+    case 0x205F:
+    case 0x3000:
       return true;
     default:
       return c >= 0x2000 && c <= 0x200A;
@@ -144,7 +156,8 @@ T leadingInteger(UStringView text) {
   bool negative = false;
   if (i < text.size() && (text[i] == u'+' || text[i] == u'-')) negative = text[i++] == u'-';
   using U = std::make_unsigned_t<T>;
-  const U limit = negative ? U(std::numeric_limits<T>::max()) + 1 : U(std::numeric_limits<T>::max());
+  const U limit =
+      negative ? U(std::numeric_limits<T>::max()) + 1 : U(std::numeric_limits<T>::max());
   U value = 0;
   bool saturated = false;
   for (; i < text.size() && text[i] >= u'0' && text[i] <= u'9'; ++i) {
@@ -157,8 +170,9 @@ T leadingInteger(UStringView text) {
       value = value * 10 + digit;
     }
   }
-  if (negative) return value == U(std::numeric_limits<T>::max()) + 1 ? std::numeric_limits<T>::min()
-                                                                       : -static_cast<T>(value);
+  if (negative)
+    return value == U(std::numeric_limits<T>::max()) + 1 ? std::numeric_limits<T>::min()
+                                                         : -static_cast<T>(value);
   return static_cast<T>(value);
 }
 
@@ -232,8 +246,12 @@ UString toText(const Variant& v) {
   return UString();
 }
 
-int32_t intValue(UStringView text) { return leadingInteger<int32_t>(text); }
-int64_t longLongValue(UStringView text) { return leadingInteger<int64_t>(text); }
+int32_t intValue(UStringView text) {
+  return leadingInteger<int32_t>(text);
+}
+int64_t longLongValue(UStringView text) {
+  return leadingInteger<int64_t>(text);
+}
 
 double doubleValue(UStringView text) {
   size_t i = skipWhitespace(text);
@@ -353,9 +371,15 @@ int64_t truncToInt64(double d) noexcept {
   return static_cast<int64_t>(d);
 }
 
-UString upperCase(UStringView text) { return mapCase(text, CaseMap::Upper); }
-UString lowerCase(UStringView text) { return mapCase(text, CaseMap::Lower); }
-UString foldCase(UStringView text) { return mapCase(text, CaseMap::Fold); }
+UString upperCase(UStringView text) {
+  return mapCase(text, CaseMap::Upper);
+}
+UString lowerCase(UStringView text) {
+  return mapCase(text, CaseMap::Lower);
+}
+UString foldCase(UStringView text) {
+  return mapCase(text, CaseMap::Fold);
+}
 
 bool valuesEqual(const Variant& a, const Variant& b) {
   switch (a.kind()) {

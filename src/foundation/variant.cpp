@@ -22,7 +22,9 @@ UString Object::description() const {
   return text;
 }
 
-const ClassInfo* Object::lxClass() const { return ClassRegistry::instance().byType(typeid(*this)); }
+const ClassInfo* Object::lxClass() const {
+  return ClassRegistry::instance().byType(typeid(*this));
+}
 
 std::string Object::className() const {
   const ClassInfo* cls = lxClass();
@@ -33,14 +35,18 @@ double Number::toDouble() const noexcept {
   return type_ == Type::Double ? d_ : static_cast<double>(i_);
 }
 
-int64_t Number::toInt64() const noexcept { return type_ == Type::Double ? truncToInt64(d_) : i_; }
+int64_t Number::toInt64() const noexcept {
+  return type_ == Type::Double ? truncToInt64(d_) : i_;
+}
 
 int32_t Number::toInt32() const noexcept {
   if (type_ == Type::Double) return truncToInt32(d_);
   return static_cast<int32_t>(static_cast<uint32_t>(static_cast<uint64_t>(i_)));
 }
 
-bool Number::toBool() const noexcept { return type_ == Type::Double ? d_ != 0 : i_ != 0; }
+bool Number::toBool() const noexcept {
+  return type_ == Type::Double ? d_ != 0 : i_ != 0;
+}
 
 UString Number::text() const {
   char buf[64];
@@ -78,7 +84,9 @@ Variant::Variant(ArrayRef a) noexcept {
   if (a) v_ = std::move(a);
 }
 
-Variant Variant::fromUtf8(std::string_view utf8) { return Variant(lx::fromUtf8(utf8)); }
+Variant Variant::fromUtf8(std::string_view utf8) {
+  return Variant(lx::fromUtf8(utf8));
+}
 
 const ObjectRef& nullObject() {
   static const ObjectRef instance = std::make_shared<NullObject>();

@@ -15,8 +15,8 @@ constexpr int64_t kMaxArrayElements = int64_t{1} << 24;
 
 void checkArraySize(int64_t elements) {
   if (elements > kMaxArrayElements) {
-    throw RangeException("array of " + std::to_string(elements) + " elements exceeds the limit of " +
-                         std::to_string(kMaxArrayElements));
+    throw RangeException("array of " + std::to_string(elements) +
+                         " elements exceeds the limit of " + std::to_string(kMaxArrayElements));
   }
 }
 
@@ -91,14 +91,16 @@ void ScriptCore::parseVar(const UString& line, bool constant) {
       }
       UString name = trim(UStringView(upper).substr(0, open));
       std::vector<int32_t> lengths;
-      if (!readBounds(trim(UStringView(upper).substr(open + 1, close > open ? close - open - 1 : 0)),
-                      lengths)) {
+      if (!readBounds(
+              trim(UStringView(upper).substr(open + 1, close > open ? close - open - 1 : 0)),
+              lengths)) {
         return;
       }
       int64_t total = 1;
       for (int32_t n : lengths) total *= n, checkArraySize(total);
       auto array = Array::make();
-      for (size_t i = 0; i < lengths.size(); ++i) dimArray(*array, lengths[i], i + 1 == lengths.size());
+      for (size_t i = 0; i < lengths.size(); ++i)
+        dimArray(*array, lengths[i], i + 1 == lengths.size());
       if (isKeyword(name)) {
         setError(LxError::make(kReservedWord));
         return;
@@ -180,7 +182,8 @@ void ScriptCore::parseReDim(const UString& line) {
     ArrayRef top = slot && slot->type() == ValueKind::Array ? slot->data().array() : nullptr;
     for (ArrayRef level = top; level;) {
       shape.push_back(level->items.size());
-      level = !level->items.empty() && level->items[0].isArray() ? level->items[0].array() : nullptr;
+      level =
+          !level->items.empty() && level->items[0].isArray() ? level->items[0].array() : nullptr;
     }
     if (shape.size() != lengths.size()) {
       setError(LxError::make(kDimensionCount, line));
@@ -202,8 +205,10 @@ void ScriptCore::parseReDim(const UString& line) {
     checkArraySize(static_cast<int64_t>(lists.size()) * last);
     for (Array* list : lists) {
       if (!preserve) list->items.clear();
-      if (list->items.size() > static_cast<size_t>(last)) list->items.resize(static_cast<size_t>(last));
-      while (list->items.size() < static_cast<size_t>(last)) list->items.emplace_back(LxValue::make());
+      if (list->items.size() > static_cast<size_t>(last))
+        list->items.resize(static_cast<size_t>(last));
+      while (list->items.size() < static_cast<size_t>(last))
+        list->items.emplace_back(LxValue::make());
     }
   }
 }

@@ -14,8 +14,28 @@ namespace {
 
 // What a line's first words select, in the order the dispatch tests them.
 enum LineKind : uint8_t {
-  kEmpty, kRem, kFunc, kEndFunc, kIf, kElse, kEndIf, kSelectCase, kCase, kEndSelect,
-  kFor, kNext, kWhile, kWEnd, kDo, kLoop, kDim, kReDim, kConst, kEcho, kOnError, kOther,
+  kEmpty,
+  kRem,
+  kFunc,
+  kEndFunc,
+  kIf,
+  kElse,
+  kEndIf,
+  kSelectCase,
+  kCase,
+  kEndSelect,
+  kFor,
+  kNext,
+  kWhile,
+  kWEnd,
+  kDo,
+  kLoop,
+  kDim,
+  kReDim,
+  kConst,
+  kEcho,
+  kOnError,
+  kOther,
 };
 
 LineKind classify(const UString& line) {
@@ -102,7 +122,8 @@ void ScriptCore::execute(const LxBasicStringList& source) {
 // ---- the main loop
 
 void ScriptCore::mainLoop() {
-  for (_curline = 0; _curline >= 0 && static_cast<size_t>(_curline) < prepared_.size(); ++_curline) {
+  for (_curline = 0; _curline >= 0 && static_cast<size_t>(_curline) < prepared_.size();
+       ++_curline) {
     std::unique_lock lineLock(lineMutex_);
     // Copied: a handler may run a nested evaluation that swaps the prepared lines out.
     const PreparedLine line = prepared_[static_cast<size_t>(_curline)];
@@ -120,40 +141,62 @@ void ScriptCore::mainLoop() {
 void ScriptCore::executeLine(const UString& text) {
   const auto kind = static_cast<LineKind>(prepared_[static_cast<size_t>(_curline)].kind);
   switch (kind) {
-    case kFunc: return parseFunc(text);
-    case kEndFunc: return parseEndFunc(text);
-    default: break;
+    case kFunc:
+      return parseFunc(text);
+    case kEndFunc:
+      return parseEndFunc(text);
+    default:
+      break;
   }
   if (_newsub) return appendToOpenProcedure(text);
   switch (kind) {
-    case kIf: return parseIf(text);
-    case kElse: return parseElse(text);
-    case kEndIf: return parseEndIf(text);
-    case kSelectCase: return parseSelectCase(text);
-    case kCase: return parseCase(text);
-    case kEndSelect: return parseEndSelect(text);
-    default: break;
+    case kIf:
+      return parseIf(text);
+    case kElse:
+      return parseElse(text);
+    case kEndIf:
+      return parseEndIf(text);
+    case kSelectCase:
+      return parseSelectCase(text);
+    case kCase:
+      return parseCase(text);
+    case kEndSelect:
+      return parseEndSelect(text);
+    default:
+      break;
   }
   if (!ifValue()) return;
   switch (kind) {
-    case kFor: return parseFor(text);
-    case kNext: return parseNext(text);
-    case kWhile: return parseWhile(text);
-    case kWEnd: return parseWEnd(text);
-    case kDo: return parseDo(text);
-    case kLoop: return parseLoop(text);
-    default: break;
+    case kFor:
+      return parseFor(text);
+    case kNext:
+      return parseNext(text);
+    case kWhile:
+      return parseWhile(text);
+    case kWEnd:
+      return parseWEnd(text);
+    case kDo:
+      return parseDo(text);
+    case kLoop:
+      return parseLoop(text);
+    default:
+      break;
   }
   if (!validLoop()) return;
   switch (kind) {
-    case kDim: return parseVar(text);
-    case kReDim: return parseReDim(text);
-    case kConst: return parseConst(text);
+    case kDim:
+      return parseVar(text);
+    case kReDim:
+      return parseReDim(text);
+    case kConst:
+      return parseConst(text);
     case kEcho:
       // ECHO is reserved but has no handler: the line fails like any unknown operation.
       throw UnrecognizedSelectorException("-[LxBasicScript parseEcho:]: unrecognized selector");
-    case kOnError: return parseOnError(text);
-    default: parseLine(text);
+    case kOnError:
+      return parseOnError(text);
+    default:
+      parseLine(text);
   }
 }
 
@@ -168,7 +211,8 @@ bool ScriptCore::applyErrorPolicy(const UString& line, int32_t scriptLine) {
   if (_ignore_error) return true;
   if (e->code() > 0) return false;
   if (e->code() == kCorrectExit) return false;
-  addConstWithName(u"err", Variant(std::make_shared<LxError>(0, UString(), UString(), scriptLine + 1)));
+  addConstWithName(u"err",
+                   Variant(std::make_shared<LxError>(0, UString(), UString(), scriptLine + 1)));
   setError(nullptr);
   return true;
 }
@@ -233,8 +277,8 @@ void ScriptCore::evalLines(const LxBasicStringList& lines) {
       s._curline = curline;
       s.currentScriptLine_.store(scriptLine);
     }
-  } saved{*this, std::move(_optimized), std::move(prepared_), std::move(_tmps), _curline,
-          currentScriptLine_.load()};
+  } saved{*this,    std::move(_optimized),    std::move(prepared_), std::move(_tmps),
+          _curline, currentScriptLine_.load()};
   setError(nullptr);
   // The evaluated line takes the lock of its own lines; release the enclosing line's.
   lineMutex_.unlock();
@@ -256,7 +300,9 @@ Variant ScriptCore::resultBetweenLines() const {
   return Variant();
 }
 
-Variant ScriptCore::run() { return run(Variant()); }
+Variant ScriptCore::run() {
+  return run(Variant());
+}
 
 Variant ScriptCore::run(const Variant& argument) {
   // A second run of a running script is refused; the caller gets RESULT as it stands.

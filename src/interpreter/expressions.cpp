@@ -11,7 +11,9 @@ namespace lx {
 
 namespace {
 
-bool isDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
+bool isDigit(char16_t c) {
+  return c >= u'0' && c <= u'9';
+}
 
 // A floating-point number at the start of the text (sign, digits, "." fraction, exponent);
 // false when no digit can be read.
@@ -76,7 +78,9 @@ UString textOf(const LxValue& v) {
   return v.type() == ValueKind::Empty ? UString() : toText(v.data());
 }
 
-int32_t order(double l, double r) { return l > r ? 1 : r > l ? -1 : 0; }
+int32_t order(double l, double r) {
+  return l > r ? 1 : r > l ? -1 : 0;
+}
 
 bool isForbiddenName(const UString& upper) {
   return upper == u"RETAIN" || upper == u"RELEASE" || upper == u"DEALLOC";
@@ -99,8 +103,10 @@ ValueRef ScriptCore::getValue(UStringView text) {
       return LxValue::make(Variant(replace(u"\"\"", u"\"", inner, 2)));
     }
     if (t.size() >= 3 && t[0] == u'&') {
-      if (t[1] == u'H' || t[1] == u'h') return LxValue::make(radixLiteral(UStringView(t).substr(2), 16));
-      if (t[1] == u'O' || t[1] == u'o') return LxValue::make(radixLiteral(UStringView(t).substr(2), 8));
+      if (t[1] == u'H' || t[1] == u'h')
+        return LxValue::make(radixLiteral(UStringView(t).substr(2), 16));
+      if (t[1] == u'O' || t[1] == u'o')
+        return LxValue::make(radixLiteral(UStringView(t).substr(2), 8));
     }
   }
   if (!isForbiddenName(upperCase(t))) {
@@ -124,7 +130,8 @@ ValueRef ScriptCore::getValue(UStringView text) {
 ValueRef ScriptCore::operateWithSign(char16_t op, const LxValue& a, const LxValue& b) {
   const ValueKind ka = a.type();
   const ValueKind kb = b.type();
-  const bool textual = (ka == ValueKind::Empty && kb == ValueKind::String) || ka == ValueKind::String;
+  const bool textual =
+      (ka == ValueKind::Empty && kb == ValueKind::String) || ka == ValueKind::String;
   switch (op) {
     case u'*':
       return numericResult(a, numberOf(a) * numberOf(b));

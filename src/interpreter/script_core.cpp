@@ -3,9 +3,8 @@
 
 #include <chrono>
 
-#include "foundation/scanning.h"
-
 #include "builtins/library.h"
+#include "foundation/scanning.h"
 #include "lxbasic/bridge.h"
 #include "lxbasic/exceptions.h"
 #include "lxbasic/script.h"
@@ -60,9 +59,13 @@ void ScriptCore::initialise() {
   for (const auto& [name, slot] : scriptConstants()) _vars.insert_or_assign(name, slot);
 }
 
-void ScriptCore::setScript(const Variant& text) { _script.setText(text); }
+void ScriptCore::setScript(const Variant& text) {
+  _script.setText(text);
+}
 
-UString ScriptCore::script() const { return _script.text(); }
+UString ScriptCore::script() const {
+  return _script.text();
+}
 
 void ScriptCore::setTimeout(int32_t seconds) {
   if (!running()) _timeout.store(seconds);
@@ -85,7 +88,9 @@ int32_t ScriptCore::errorCode() const {
   return _error ? _error->code() : 0;
 }
 
-int32_t ScriptCore::line() const { return running() ? currentScriptLine_.load() : -1; }
+int32_t ScriptCore::line() const {
+  return running() ? currentScriptLine_.load() : -1;
+}
 
 void ScriptCore::terminate() {
   setError(LxError::make(kCorrectExit));
@@ -173,20 +178,48 @@ Variant ScriptCore::resultValue() const {
 LxBasicScript::LxBasicScript() : core_(ScriptCore::create()) {}
 LxBasicScript::~LxBasicScript() = default;
 
-void LxBasicScript::setScript(UStringView text) { core_->setScript(Variant(text)); }
-void LxBasicScript::setScript(std::string_view utf8) { core_->setScript(Variant::fromUtf8(utf8)); }
-UString LxBasicScript::script() const { return core_->script(); }
-void LxBasicScript::setTimeout(int32_t seconds) { core_->setTimeout(seconds); }
-int32_t LxBasicScript::timeout() const { return core_->timeout(); }
-Variant LxBasicScript::run() { return core_->run(); }
-Variant LxBasicScript::run(const Variant& argument) { return core_->run(argument); }
-Variant LxBasicScript::runScript(const Variant& argument) { return core_->runScript(argument); }
-void LxBasicScript::terminate() { core_->terminate(); }
-ErrorRef LxBasicScript::error() const { return core_->error(); }
-bool LxBasicScript::running() const { return core_->running(); }
-int32_t LxBasicScript::line() const { return core_->line(); }
-void LxBasicScript::reset() { core_->reset(); }
-bool LxBasicScript::checkSyntax() const { return core_->checkSyntax(); }
+void LxBasicScript::setScript(UStringView text) {
+  core_->setScript(Variant(text));
+}
+void LxBasicScript::setScript(std::string_view utf8) {
+  core_->setScript(Variant::fromUtf8(utf8));
+}
+UString LxBasicScript::script() const {
+  return core_->script();
+}
+void LxBasicScript::setTimeout(int32_t seconds) {
+  core_->setTimeout(seconds);
+}
+int32_t LxBasicScript::timeout() const {
+  return core_->timeout();
+}
+Variant LxBasicScript::run() {
+  return core_->run();
+}
+Variant LxBasicScript::run(const Variant& argument) {
+  return core_->run(argument);
+}
+Variant LxBasicScript::runScript(const Variant& argument) {
+  return core_->runScript(argument);
+}
+void LxBasicScript::terminate() {
+  core_->terminate();
+}
+ErrorRef LxBasicScript::error() const {
+  return core_->error();
+}
+bool LxBasicScript::running() const {
+  return core_->running();
+}
+int32_t LxBasicScript::line() const {
+  return core_->line();
+}
+void LxBasicScript::reset() {
+  core_->reset();
+}
+bool LxBasicScript::checkSyntax() const {
+  return core_->checkSyntax();
+}
 ValueRef LxBasicScript::addVarWithName(UStringView name, const Variant& value) {
   return core_->addVarWithName(name, value);
 }
@@ -197,10 +230,18 @@ Variant LxBasicScript::valueOf(UStringView name) const {
   ValueRef slot = core_->getValueForVar(name);
   return slot ? slot->data() : Variant();
 }
-void LxBasicScript::addObj(ObjectRef object) { core_->addObj(std::move(object)); }
-int32_t LxBasicScript::objCount() const { return core_->objCount(); }
-void LxBasicScript::removeObj(int32_t index) { core_->removeObj(index); }
-std::exception_ptr LxBasicScript::lastException() const { return core_->lastException(); }
+void LxBasicScript::addObj(ObjectRef object) {
+  core_->addObj(std::move(object));
+}
+int32_t LxBasicScript::objCount() const {
+  return core_->objCount();
+}
+void LxBasicScript::removeObj(int32_t index) {
+  core_->removeObj(index);
+}
+std::exception_ptr LxBasicScript::lastException() const {
+  return core_->lastException();
+}
 void LxBasicScript::setDialogProvider(std::shared_ptr<DialogProvider> provider) {
   core_->setDialogProvider(std::move(provider));
 }

@@ -24,8 +24,12 @@ bool isForbiddenName(const UString& upper) {
   return upper == u"RETAIN" || upper == u"RELEASE" || upper == u"DEALLOC";
 }
 
-bool isHigh(char16_t c) { return c == u'*' || c == u'/' || c == u'\\' || c == u'^'; }
-bool isLow(char16_t c) { return c == u'+' || c == u'-' || c == u'&'; }
+bool isHigh(char16_t c) {
+  return c == u'*' || c == u'/' || c == u'\\' || c == u'^';
+}
+bool isLow(char16_t c) {
+  return c == u'+' || c == u'-' || c == u'&';
+}
 
 // The operator characters of a bracket-free line, outside string literals; a sign at the
 // very start and the "&" of a radix literal are parts of operands.
@@ -211,12 +215,24 @@ bool ScriptCore::conditionOperand(UString operand, const UString& line, bool* tr
       if (!right) return false;
       const int32_t c = compareValue(*left, *right);
       switch (op) {
-        case kEq: result = c == 0; break;
-        case kLt: result = c == -1; break;
-        case kGt: result = c == 1; break;
-        case kNe: result = c != 0; break;
-        case kLe: result = c == -1 || c == 0; break;
-        case kGe: result = c == 0 || c == 1; break;
+        case kEq:
+          result = c == 0;
+          break;
+        case kLt:
+          result = c == -1;
+          break;
+        case kGt:
+          result = c == 1;
+          break;
+        case kNe:
+          result = c != 0;
+          break;
+        case kLe:
+          result = c == -1 || c == 0;
+          break;
+        case kGe:
+          result = c == 0 || c == 1;
+          break;
       }
     }
   }

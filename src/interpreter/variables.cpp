@@ -30,7 +30,9 @@ ValueRef ScriptCore::getValueForVar(UStringView name) const {
   return it == _vars.end() ? nullptr : it->second;
 }
 
-void ScriptCore::removeVar(UStringView name) { _vars.erase(upperCase(name)); }
+void ScriptCore::removeVar(UStringView name) {
+  _vars.erase(upperCase(name));
+}
 
 void ScriptCore::clearTmpVars() {
   for (const UString& name : _tmps) _vars.erase(name);
@@ -47,7 +49,9 @@ UString ScriptCore::storeTempSlot(ValueRef slot) {
   return name;
 }
 
-UString ScriptCore::storeTemp(Variant value) { return storeTempSlot(LxValue::make(std::move(value))); }
+UString ScriptCore::storeTemp(Variant value) {
+  return storeTempSlot(LxValue::make(std::move(value)));
+}
 
 ValueRef getElement(std::span<const Variant> indices, const LxValue* slot) {
   if (!slot || slot->type() != ValueKind::Array) return LxValue::make();

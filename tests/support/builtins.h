@@ -25,7 +25,8 @@ inline lx::LxBasicFunc& library() {
 inline lx::Variant call(const char16_t* name, std::initializer_list<lx::Variant> args) {
   lx::LxBasicFunc& lib = library();
   const lx::MethodInfo* m = lx::findMethod(lib.lxClass(), name, static_cast<int32_t>(args.size()));
-  if (!m) throw std::logic_error("no built-in " + lx::toUtf8(name) + "/" + std::to_string(args.size()));
+  if (!m)
+    throw std::logic_error("no built-in " + lx::toUtf8(name) + "/" + std::to_string(args.size()));
   std::vector<lx::Variant> list(args);
   return lx::sendMsgToObj(lib, *m, list).value;
 }
@@ -34,6 +35,8 @@ inline bool exists(const char16_t* name, int32_t count) {
   return lx::findMethod(library().lxClass(), name, count) != nullptr;
 }
 
-inline std::u16string text(const lx::Variant& v) { return lx::toText(v); }
+inline std::u16string text(const lx::Variant& v) {
+  return lx::toText(v);
+}
 
 }  // namespace lxtest

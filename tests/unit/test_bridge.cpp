@@ -20,7 +20,9 @@ class Shelf : public lx::Object, public lx::ScriptAware {
   double half(double d) { return d / 2; }
   lx::Variant echo(const lx::Variant& v) { return v; }
   void clear() { count_ = 0; }
-  lx::UString label(lx::UString prefix, int n) { return prefix + lx::toText(lx::Variant::int32(n)); }
+  lx::UString label(lx::UString prefix, int n) {
+    return prefix + lx::toText(lx::Variant::int32(n));
+  }
   lx::Variant fail() { throw std::runtime_error("shelf broke"); }
   int count_ = 0;
 };
@@ -116,8 +118,9 @@ TEST(HostObjects, MethodsOfAGivenObject) {
 
 TEST(CreateObject, MakesNewInstancesOfRegisteredClasses) {
   Host h;
-  auto o = h.go(u"DIM a = CreateObject(\"Shelf\"), b = CreateObject(\"Shelf\")\n"
-                u"Put@(a, 3)\nRESULT = Count@(a) & Count@(b) & VarType(a)");
+  auto o = h.go(
+      u"DIM a = CreateObject(\"Shelf\"), b = CreateObject(\"Shelf\")\n"
+      u"Put@(a, 3)\nRESULT = Count@(a) & Count@(b) & VarType(a)");
   EXPECT_EQ(o.text(), u"303");
   EXPECT_TRUE(h.go(u"RESULT = CreateObject(\"NoSuchClass\")").result.isEmpty());
 }

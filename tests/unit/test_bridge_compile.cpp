@@ -12,7 +12,9 @@ class Counter : public lx::Object {
   lx::UString name(lx::UString s) { return s + u"!"; }
   int total_ = 0;
 };
-lx::Variant twice(Counter& c, const lx::Variant& v) { return lx::Variant::int32(2 * c.total_ + lx::intValue(v)); }
+lx::Variant twice(Counter& c, const lx::Variant& v) {
+  return lx::Variant::int32(2 * c.total_ + lx::intValue(v));
+}
 }  // namespace
 
 TEST(BridgeCompile, registersAndCalls) {

@@ -6,8 +6,12 @@
 using lxtest::run;
 
 namespace {
-int32_t code(std::u16string_view text) { return run(text).code(); }
-std::u16string result(std::u16string_view text) { return run(text).text(); }
+int32_t code(std::u16string_view text) {
+  return run(text).code();
+}
+std::u16string result(std::u16string_view text) {
+  return run(text).text();
+}
 }  // namespace
 
 TEST(Dim, ArraysHaveBoundPlusOneElements) {

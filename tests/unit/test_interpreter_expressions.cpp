@@ -15,7 +15,9 @@ std::u16string value(std::u16string_view expression) {
   return o.text();
 }
 
-int32_t failure(std::u16string_view text) { return run(text).code(); }
+int32_t failure(std::u16string_view text) {
+  return run(text).code();
+}
 
 }  // namespace
 
@@ -30,7 +32,7 @@ TEST(Operands, RadixLiterals) {
   EXPECT_EQ(value(u"&o17"), u"15");
   EXPECT_EQ(value(u"&HZZ"), u"0");
   EXPECT_EQ(value(u"&hff + 1"), u"256");  // "&" before H is a literal, not concatenation
-  EXPECT_EQ(failure(u"RESULT = &H"), 3);   // too short for a literal, and no number
+  EXPECT_EQ(failure(u"RESULT = &H"), 3);  // too short for a literal, and no number
 }
 
 TEST(Operands, NumbersScanOnlyTheirPrefix) {

@@ -59,7 +59,10 @@ class RunnerTest : public ::testing::Test {
   Outcome run(std::initializer_list<std::string> args, const std::string& input = "") {
     fs::path in = writeFile("stdin.txt", input);
     std::string command = quoted(runnerPath().string());
-    for (const std::string& a : args) command += " " + quoted(a);
+    for (const std::string& a : args) {
+      command += ' ';
+      command += quoted(a);
+    }
     command += " <" + quoted(in.string()) + " >" + quoted((dir_ / "out.txt").string()) + " 2>" +
                quoted((dir_ / "err.txt").string());
     auto start = std::chrono::steady_clock::now();
