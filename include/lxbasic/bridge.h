@@ -177,7 +177,7 @@ struct Ret<I, std::enable_if_t<std::is_integral_v<I> || std::is_same_v<I, float>
   static constexpr char code = Arg<I>::code;
   static Variant to(I r) {
     // Integers travel as 32 bits, like any return code other than object, double and void.
-    int64_t wide = std::is_same_v<I, float> ? static_cast<int64_t>(r) : static_cast<int64_t>(r);
+    auto wide = static_cast<int64_t>(r);
     return Variant::int32(static_cast<int32_t>(static_cast<uint32_t>(wide)));
   }
 };

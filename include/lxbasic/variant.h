@@ -102,19 +102,19 @@ class Variant {
   Variant(UString s);  // NOLINT(google-explicit-constructor): values convert freely
   Variant(const char16_t* s);
   Variant(UStringView s);
-  Variant(Number n) noexcept : v_(n) {}
-  Variant(Date d) noexcept : v_(d) {}
-  Variant(ObjectRef o) noexcept;
-  Variant(ArrayRef a) noexcept;
+  Variant(Number n) : v_(n) {}
+  Variant(Date d) : v_(d) {}
+  Variant(ObjectRef o);
+  Variant(ArrayRef a);
   template <class T, class = std::enable_if_t<std::is_base_of_v<Object, T>>>
-  Variant(std::shared_ptr<T> o) noexcept : Variant(ObjectRef(std::move(o))) {}
+  Variant(std::shared_ptr<T> o) : Variant(ObjectRef(std::move(o))) {}
 
   static Variant fromUtf8(std::string_view utf8);
-  static Variant int32(int32_t v) noexcept { return Number::int32(v); }
-  static Variant int64(int64_t v) noexcept { return Number::int64(v); }
-  static Variant boolean(bool v) noexcept { return Number::boolean(v); }
-  static Variant real(double v) noexcept { return Number::real(v); }
-  static Variant date(double secondsSince1970) noexcept { return Date{secondsSince1970}; }
+  static Variant int32(int32_t v) { return Number::int32(v); }
+  static Variant int64(int64_t v) { return Number::int64(v); }
+  static Variant boolean(bool v) { return Number::boolean(v); }
+  static Variant real(double v) { return Number::real(v); }
+  static Variant date(double secondsSince1970) { return Date{secondsSince1970}; }
 
   ValueKind kind() const noexcept { return kKinds[v_.index()]; }
   bool isEmpty() const noexcept { return v_.index() == 0; }
@@ -125,11 +125,11 @@ class Variant {
   bool isDate() const noexcept { return v_.index() == 5; }
 
   // Accessors; each requires the matching kind.
-  const UString& string() const noexcept { return *std::get<1>(v_); }
-  const Number& number() const noexcept { return std::get<2>(v_); }
-  const ObjectRef& object() const noexcept { return std::get<3>(v_); }
-  const ArrayRef& array() const noexcept { return std::get<4>(v_); }
-  double dateSeconds() const noexcept { return std::get<5>(v_).seconds; }
+  const UString& string() const noexcept { return **std::get_if<1>(&v_); }
+  const Number& number() const noexcept { return *std::get_if<2>(&v_); }
+  const ObjectRef& object() const noexcept { return *std::get_if<3>(&v_); }
+  const ArrayRef& array() const noexcept { return *std::get_if<4>(&v_); }
+  double dateSeconds() const noexcept { return std::get_if<5>(&v_)->seconds; }
 
   // The object as T, or nullptr when the value is no object or another class.
   template <class T>

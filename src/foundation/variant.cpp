@@ -77,10 +77,10 @@ bool Number::equals(const Number& other) const noexcept {
 Variant::Variant(UString s) : v_(std::make_shared<const UString>(std::move(s))) {}
 Variant::Variant(const char16_t* s) : v_(std::make_shared<const UString>(s)) {}
 Variant::Variant(UStringView s) : v_(std::make_shared<const UString>(s)) {}
-Variant::Variant(ObjectRef o) noexcept {
+Variant::Variant(ObjectRef o) {
   if (o) v_ = std::move(o);
 }
-Variant::Variant(ArrayRef a) noexcept {
+Variant::Variant(ArrayRef a) {
   if (a) v_ = std::move(a);
 }
 

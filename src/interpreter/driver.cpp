@@ -92,7 +92,9 @@ void ScriptCore::execute(const LxBasicStringList& source) {
       }
       UString statement = getTokenFrom(rest, u":");
       if (!continuation.empty()) {
-        statement = continuation + u" " + statement;
+        continuation += u' ';
+        continuation += statement;
+        statement = std::move(continuation);
         continuation.clear();
       }
       statement = trim(statement);

@@ -19,8 +19,8 @@ namespace {
 // fit every host thread (hosts may run scripts on threads with a few hundred KiB). When the
 // current thread is running low, the next child runs on a helper thread with a stack of its
 // own, joined before the call returns; shallow calls never pay for it.
-constexpr size_t kStackReserve = 256 * 1024;
-constexpr size_t kHelperStackSize = 16 * 1024 * 1024;
+constexpr size_t kStackReserve = size_t{256} * 1024;
+constexpr size_t kHelperStackSize = size_t{16} * 1024 * 1024;
 
 // Lowest usable address of this thread's stack; 0 when the platform cannot tell.
 uintptr_t stackLimit() {
