@@ -90,7 +90,8 @@ bool isForbiddenName(const UString& upper) {
 
 ValueRef ScriptCore::getValue(UStringView text) {
   UString t = trim(text);
-  if (auto it = _vars.find(upperCase(t)); it != _vars.end()) return it->second;
+  const UString upper = upperCase(t);
+  if (auto it = _vars.find(upper); it != _vars.end()) return it->second;
   if (!t.empty()) {
     const bool first = t.front() == u'"';
     const bool last = t.back() == u'"';
@@ -109,7 +110,7 @@ ValueRef ScriptCore::getValue(UStringView text) {
         return LxValue::make(radixLiteral(UStringView(t).substr(2), 8));
     }
   }
-  if (!isForbiddenName(upperCase(t))) {
+  if (!isForbiddenName(upper)) {
     const MethodInfo* method = nullptr;
     ObjectRef target;
     if (getSel(&method, &target, t, 0)) {
