@@ -31,6 +31,29 @@ void innermostLists(const ArrayRef& list, size_t depth, std::vector<Array*>& out
   }
 }
 
+// The element counts (bound + 1, wrapping like the 32-bit sums they are) of a bound list such
+// as "2, n + 1"; false after an error, which is set on the script with `line`.
+bool readBounds(ScriptCore& script, UString bounds, const UString& line,
+                std::vector<int32_t>& lengths) {
+  while (!bounds.empty()) {
+    UString item = getTokenFrom(bounds, u",");
+    UString name = script.parseLine(item);
+    ValueRef v = name.empty() ? nullptr : script.getValue(name);
+    if (!v && script.hasError()) return false;
+    if (!v || v->type() != ValueKind::Number) {
+      script.setError(LxError::make(kVariableTypeError, line));
+      return false;
+    }
+    int32_t bound = v->data().number().toInt32();
+    if (bound < 0) {
+      script.setError(LxError::make(kNonPositiveLength, line));
+      return false;
+    }
+    lengths.push_back(static_cast<int32_t>(static_cast<uint32_t>(bound) + 1u));
+  }
+  return true;
+}
+
 }  // namespace
 
 void ScriptCore::parseVar(const UString& line, bool constant) {
@@ -41,26 +64,6 @@ void ScriptCore::parseVar(const UString& line, bool constant) {
     setError(LxError::make(kEmptyDeclaration, line));
     return;
   }
-  // A bound list evaluates to element counts; answers false after an error.
-  auto readBounds = [&](UString bounds, std::vector<int32_t>& lengths) {
-    while (!bounds.empty()) {
-      UString item = getTokenFrom(bounds, u",");
-      UString name = parseLine(item);
-      ValueRef v = name.empty() ? nullptr : getValue(name);
-      if (!v && hasError()) return false;
-      if (!v || v->type() != ValueKind::Number) {
-        setError(LxError::make(kVariableTypeError, line));
-        return false;
-      }
-      int32_t bound = v->data().number().toInt32();
-      if (bound < 0) {
-        setError(LxError::make(kNonPositiveLength, line));
-        return false;
-      }
-      lengths.push_back(static_cast<int32_t>(static_cast<uint32_t>(bound) + 1u));
-    }
-    return true;
-  };
   auto declared = [&](const UString& name) {
     if (getValueForVar(name) || getSubByName(name)) {
       setError(LxError::make(kRedeclaration, line));
@@ -91,9 +94,8 @@ void ScriptCore::parseVar(const UString& line, bool constant) {
       }
       UString name = trim(UStringView(upper).substr(0, open));
       std::vector<int32_t> lengths;
-      if (!readBounds(
-              trim(UStringView(upper).substr(open + 1, close > open ? close - open - 1 : 0)),
-              lengths)) {
+      const size_t inner = close > open ? close - open - 1 : 0;
+      if (!readBounds(*this, trim(UStringView(upper).substr(open + 1, inner)), line, lengths)) {
         return;
       }
       int64_t total = 1;
@@ -147,35 +149,20 @@ void ScriptCore::parseReDim(const UString& line) {
   const bool preserve = upperCase(getTokenFrom(probe, u" ")) == u"PRESERVE";
   if (preserve) rest = probe;
   while (!rest.empty()) {
-    UString spec = trim(getTokenFrom(rest, u","));
-    size_t open = spec.find(u'(');
-    size_t close = spec.rfind(u')');
+    UString item = trim(getTokenFrom(rest, u","));
+    size_t open = item.find(u'(');
+    size_t close = item.rfind(u')');
     if ((open == UString::npos) != (close == UString::npos)) {
       setError(LxError::make(kSyntaxError, line));
       return;
     }
     if (open == UString::npos) continue;
-    ValueRef slot = getValue(UStringView(spec).substr(0, open));
+    ValueRef slot = getValue(UStringView(item).substr(0, open));
     if (!slot && hasError()) return;
 
     std::vector<int32_t> lengths;
-    UString bounds = close > open ? spec.substr(open + 1, close - open - 1) : UString();
-    while (!bounds.empty()) {
-      UString item = getTokenFrom(bounds, u",");
-      UString name = parseLine(item);
-      ValueRef v = name.empty() ? nullptr : getValue(name);
-      if (!v && hasError()) return;
-      if (!v || v->type() != ValueKind::Number) {
-        setError(LxError::make(kVariableTypeError, line));
-        return;
-      }
-      int32_t bound = v->data().number().toInt32();
-      if (bound < 0) {
-        setError(LxError::make(kNonPositiveLength, line));
-        return;
-      }
-      lengths.push_back(static_cast<int32_t>(static_cast<uint32_t>(bound) + 1u));
-    }
+    UString bounds = close > open ? item.substr(open + 1, close - open - 1) : UString();
+    if (!readBounds(*this, std::move(bounds), line, lengths)) return;
 
     // The existing shape, read along first elements.
     std::vector<size_t> shape;

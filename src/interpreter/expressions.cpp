@@ -82,10 +82,6 @@ int32_t order(double l, double r) {
   return l > r ? 1 : r > l ? -1 : 0;
 }
 
-bool isForbiddenName(const UString& upper) {
-  return upper == u"RETAIN" || upper == u"RELEASE" || upper == u"DEALLOC";
-}
-
 }  // namespace
 
 ValueRef ScriptCore::getValue(UStringView text) {
@@ -110,7 +106,7 @@ ValueRef ScriptCore::getValue(UStringView text) {
         return LxValue::make(radixLiteral(UStringView(t).substr(2), 8));
     }
   }
-  if (!isForbiddenName(upper)) {
+  if (!isForbiddenMethodName(upper)) {
     const MethodInfo* method = nullptr;
     ObjectRef target;
     if (getSel(&method, &target, t, 0)) {

@@ -223,6 +223,11 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
                       bool* mismatch);
 };
 
+// RETAIN, RELEASE and DEALLOC (given upper-cased) are never called from scripts.
+inline bool isForbiddenMethodName(const UString& upper) {
+  return upper == u"RETAIN" || upper == u"RELEASE" || upper == u"DEALLOC";
+}
+
 // The procedure table of a new script (procedures.cpp).
 std::shared_ptr<LxBasicSubs> makeProcedureTable(ScriptCore& owner);
 

@@ -20,10 +20,6 @@ bool isNameChar(char16_t c) {
   return u_isalpha(c) || u_isdigit(c);
 }
 
-bool isForbiddenName(const UString& upper) {
-  return upper == u"RETAIN" || upper == u"RELEASE" || upper == u"DEALLOC";
-}
-
 bool isHigh(char16_t c) {
   return c == u'*' || c == u'/' || c == u'\\' || c == u'^';
 }
@@ -136,7 +132,7 @@ UString ScriptCore::evaluateCall(const UString& name, UString contents, const US
     }
     return storeTemp(std::move(r.value));
   }
-  if (isForbiddenName(upperCase(method))) {
+  if (isForbiddenMethodName(upperCase(method))) {
     setError(LxError::make(kForbiddenCall, line));
     return UString();
   }
