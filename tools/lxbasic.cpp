@@ -46,6 +46,7 @@ enum class Action { Run, Help, Version };
 struct Options {
   Action action = Action::Run;
   std::optional<int32_t> timeout;
+  bool reference = false;
   DialogMode dialogs = DialogMode::Automatic;
   std::string file;  // "-" is standard input
 };
@@ -67,7 +68,7 @@ StartError usageError(const std::string& message) {
 
 void printHelp() {
   std::printf(
-      "Usage: %s [--timeout SECONDS] [--gui | --console] FILE\n"
+      "Usage: %s [--timeout SECONDS] [--gui | --console] [--reference] FILE\n"
       "\n"
       "Runs the LxBasic script FILE (UTF-8, with or without a byte order mark; \"-\" reads\n"
       "the script from standard input) on a background thread and reports how it ended.\n"
@@ -81,6 +82,8 @@ void printHelp() {
       "  --console          show MsgBox and InputBox on the terminal: the text goes to\n"
       "                     standard output, the answer is read from standard input\n"
       "                     (default: windows when a display is available, else the terminal)\n"
+      "  --reference        run every line through the reference evaluator, which\n"
+      "                     re-reads its text each time (slower; for checking results)\n"
       "  -h, --help         show this help and exit\n"
       "  --version          print the engine name and version and exit\n"
       "\n"
@@ -149,6 +152,8 @@ Options parseArguments(std::span<char* const> args) {
       setDialogMode(options, DialogMode::Graphical, arg);
     } else if (arg == "--console") {
       setDialogMode(options, DialogMode::Console, arg);
+    } else if (arg == "--reference") {
+      options.reference = true;
     } else if (arg == "--timeout") {
       if (i + 1 == args.size()) throw usageError("--timeout needs a number of seconds");
       options.timeout = parseSeconds(args[++i]);
@@ -268,6 +273,7 @@ int runScript(const std::string& text, const Options& options) {
   script.setDialogProvider(chooseDialogs(options.dialogs));
   script.setScript(std::string_view(text));
   if (options.timeout) script.setTimeout(*options.timeout);
+  script.setReferenceEvaluator(options.reference);
   lx::Variant result = script.run();
   int status = report(script, result);
   if (script.running()) {

@@ -49,6 +49,11 @@ class LxBasicScript {
   Variant run(const Variant& argument);
   // Runs on the calling thread; an exception that ends the run reaches the caller.
   Variant runScript(const Variant& argument = {});
+  // Runs every line through the reference evaluator, which re-reads the line's text each
+  // time, instead of its compiled form. Results are the same; it is slower. For checking.
+  void setReferenceEvaluator(bool on);
+  bool referenceEvaluator() const;
+
   // Asks a run to stop after its current line (error -1 "Correct exit"); any thread may call it.
   void terminate();
 

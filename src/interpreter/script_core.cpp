@@ -187,6 +187,12 @@ void LxBasicScript::setScript(std::string_view utf8) {
 UString LxBasicScript::script() const {
   return core_->script();
 }
+void LxBasicScript::setReferenceEvaluator(bool on) {
+  core_->setReferenceEvaluator(on);
+}
+bool LxBasicScript::referenceEvaluator() const {
+  return core_->referenceEvaluator();
+}
 void LxBasicScript::setTimeout(int32_t seconds) {
   core_->setTimeout(seconds);
 }

@@ -79,6 +79,13 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   // Sleeps up to `seconds`, waking early when a stop is requested; answers false then.
   bool interruptibleSleep(double seconds) const;
 
+  // The reference evaluator: every line is run by rewriting its text, none through its
+  // compiled form. Procedure and Eval scripts follow their root script's choice.
+  void setReferenceEvaluator(bool on) noexcept { referenceEvaluator_.store(on); }
+  bool referenceEvaluator() const noexcept {
+    return _owner ? _owner->referenceEvaluator() : referenceEvaluator_.load();
+  }
+
   // ---- running (driver.cpp)
   Variant run();
   Variant run(const Variant& argument);  // background thread under the watchdog
@@ -203,6 +210,7 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   mutable std::mutex exceptionMutex_;
   std::atomic<int32_t> currentScriptLine_{-1};
   std::atomic<bool> threadActive_{false};
+  std::atomic<bool> referenceEvaluator_{false};
   // Per prepared line: its trimmed text and which handler its first words select, worked
   // out once per run instead of on every pass through a loop.
   struct PreparedLine {
