@@ -1,6 +1,7 @@
 // IF / ELSE / END IF and the refusal of SELECT CASE. Conditionals never jump: a block IF
 // pushes one truth entry on _ifs, and the driver skips lines while the innermost is false.
 #include "foundation/scanning.h"
+#include "interpreter/line_kind.h"
 #include "interpreter/loops.h"
 #include "interpreter/script_core.h"
 #include "lxbasic/text.h"
@@ -11,6 +12,58 @@ UString afterFirstWord(const UString& line) {
   UString rest = line;
   getTokenFrom(rest, u" ");
   return trim(rest);
+}
+
+UString afterEndIf(const UString& line) {
+  UString rest = line;
+  if (upperCase(getTokenFrom(rest, u" ")) == u"END") getTokenFrom(rest, u" ");
+  return trim(rest);
+}
+
+LineKind classifyLine(const UString& line) {
+  if (line.empty()) return kEmpty;
+  UString upper = upperCase(line);
+  UString w1 = getTokenFrom(upper, u" ");
+  UString w2 = getTokenFrom(upper, u" ");
+  if (w1 == u"REM") return kRem;
+  if (w1 == u"FUNCTION" || w1 == u"SUB") return kFunc;
+  if (w1 == u"END" && (w2 == u"SUB" || w2 == u"FUNCTION")) return kEndFunc;
+  if (w1 == u"IF") return kIf;
+  if (w1 == u"ELSE") return kElse;
+  if ((w1 == u"END" && w2 == u"IF") || w2 == u"ENDIF") return kEndIf;
+  if (w1 == u"SELECT" && w2 == u"CASE") return kSelectCase;
+  if (w1 == u"CASE") return kCase;
+  if (w1 == u"END" && w2 == u"SELECT") return kEndSelect;
+  if (w1 == u"FOR") return kFor;
+  if (w1 == u"NEXT") return kNext;
+  if (w1 == u"WHILE") return kWhile;
+  if (w1 == u"WEND") return kWEnd;
+  if (w1 == u"DO") return kDo;
+  if (w1 == u"LOOP") return kLoop;
+  if (w1 == u"DIM") return kDim;
+  if (w1 == u"REDIM") return kReDim;
+  if (w1 == u"CONST") return kConst;
+  if (w1 == u"ECHO") return kEcho;
+  if (w1 == u"ON" && w2 == u"ERROR") return kOnError;
+  return kOther;
+}
+
+IfParts splitIf(const UString& line) {
+  IfParts parts;
+  const UString rest = afterFirstWord(line);
+  const int32_t thenAt = findKeyword(u"THEN", rest);
+  const int32_t elseAt = findKeyword(u"ELSE", rest);
+  if (thenAt == -1) return parts;
+  parts.hasThen = true;
+  const auto length = static_cast<int32_t>(rest.size());
+  parts.condition = slice(rest, 0, thenAt);
+  parts.singleLine = length > thenAt + 5;  // text after THEN
+  if (parts.singleLine) {
+    const int32_t thenEnd = elseAt == -1 ? length : elseAt;
+    parts.thenPart = slice(rest, thenAt + 4, thenEnd - (thenAt + 4));
+    if (elseAt != -1) parts.elsePart = slice(rest, elseAt + 4, length);
+  }
+  return parts;
 }
 
 UString slice(UStringView s, int32_t start, int32_t count) {
@@ -24,27 +77,22 @@ UString bracketed(UStringView text) {
   return wrapped;
 }
 
-ValueRef evaluateCondition(ScriptCore& script, UStringView text) {
-  UString name = script.parseLine(bracketed(text), true);
-  if (name.empty()) return nullptr;
-  return script.getValue(name);
-}
 
 namespace {
 
 // An IF condition must come out as a Number; strings are not read as booleans. Answers false
 // after setting the error when it does not.
-bool ifCondition(ScriptCore& script, UStringView text, bool& truth) {
-  ValueRef v = evaluateCondition(script, text);
-  if (!v) {
+bool ifCondition(ScriptCore& script, const UString& text, bool& truth) {
+  Variant v;
+  if (!script.evaluateText(text, TextMode::Condition, v)) {
     if (script.errorCode() == 0) script.setError(LxError::make(kSyntaxError));
     return false;
   }
-  if (v->type() != ValueKind::Number) {
+  if (!v.isNumber()) {
     script.setError(LxError::make(kSyntaxError));
     return false;
   }
-  truth = v->data().number().toBool();
+  truth = v.number().toBool();
   return true;
 }
 
@@ -58,25 +106,20 @@ bool ScriptCore::ifValue(int32_t depth) const {
 }
 
 void ScriptCore::parseIf(const UString& line) {
-  const UString rest = afterFirstWord(line);
-  const int32_t thenAt = findKeyword(u"THEN", rest);
-  const int32_t elseAt = findKeyword(u"ELSE", rest);
-  if (thenAt == -1) {
+  runIf(splitIf(line));
+}
+
+void ScriptCore::runIf(const IfParts& parts) {
+  if (!parts.hasThen) {
     setError(LxError::make(kIfWithoutThen));
     return;
   }
-  const auto length = static_cast<int32_t>(rest.size());
-  const UString condition = slice(rest, 0, thenAt);
-
-  if (length > thenAt + 5) {  // text after THEN: the single-line form
+  if (parts.singleLine) {
     if (!ifValue()) return;
-    const int32_t thenEnd = elseAt == -1 ? length : elseAt;
-    const UString thenPart = slice(rest, thenAt + 4, thenEnd - (thenAt + 4));
-    const UString elsePart = elseAt == -1 ? UString() : slice(rest, elseAt + 4, length);
     bool truth = false;
-    if (!ifCondition(*this, condition, truth)) return;
-    const UString& chosen = truth ? thenPart : elsePart;
-    if (!chosen.empty()) parseLine(chosen);
+    if (!ifCondition(*this, parts.condition, truth)) return;
+    const UString& chosen = truth ? parts.thenPart : parts.elsePart;
+    if (!chosen.empty()) executeText(chosen);
     return;
   }
 
@@ -86,16 +129,20 @@ void ScriptCore::parseIf(const UString& line) {
     return;
   }
   bool truth = false;
-  if (!ifCondition(*this, condition, truth)) return;
+  if (!ifCondition(*this, parts.condition, truth)) return;
   _ifs.push_back(truth ? 1 : 0);
 }
 
 void ScriptCore::parseElse(const UString& line) {
+  runElse(!afterFirstWord(line).empty());
+}
+
+void ScriptCore::runElse(bool trailing) {
   if (_ifs.empty()) {
     setError(LxError::make(kElseWithoutIf));
     return;
   }
-  if (!afterFirstWord(line).empty()) {
+  if (trailing) {
     setError(LxError::make(kSyntaxError));
     return;
   }
@@ -105,13 +152,15 @@ void ScriptCore::parseElse(const UString& line) {
 }
 
 void ScriptCore::parseEndIf(const UString& line) {
+  runEndIf(!afterEndIf(line).empty());
+}
+
+void ScriptCore::runEndIf(bool trailing) {
   if (_ifs.empty()) {
     setError(LxError::make(kEndIfWithoutIf));
     return;
   }
-  UString rest = line;
-  if (upperCase(getTokenFrom(rest, u" ")) == u"END") getTokenFrom(rest, u" ");
-  if (!trim(rest).empty()) {
+  if (trailing) {
     setError(LxError::make(kSyntaxError));
     return;
   }

@@ -4,6 +4,9 @@
 #include <thread>
 
 #include "foundation/scanning.h"
+#include "compiler/line_code.h"
+#include "interpreter/line_kind.h"
+#include "interpreter/loops.h"
 #include "interpreter/script_core.h"
 #include "lxbasic/exceptions.h"
 #include "lxbasic/text.h"
@@ -11,60 +14,6 @@
 namespace lx {
 
 namespace {
-
-// What a line's first words select, in the order the dispatch tests them.
-enum LineKind : uint8_t {
-  kEmpty,
-  kRem,
-  kFunc,
-  kEndFunc,
-  kIf,
-  kElse,
-  kEndIf,
-  kSelectCase,
-  kCase,
-  kEndSelect,
-  kFor,
-  kNext,
-  kWhile,
-  kWEnd,
-  kDo,
-  kLoop,
-  kDim,
-  kReDim,
-  kConst,
-  kEcho,
-  kOnError,
-  kOther,
-};
-
-LineKind classify(const UString& line) {
-  if (line.empty()) return kEmpty;
-  UString upper = upperCase(line);
-  UString w1 = getTokenFrom(upper, u" ");
-  UString w2 = getTokenFrom(upper, u" ");
-  if (w1 == u"REM") return kRem;
-  if (w1 == u"FUNCTION" || w1 == u"SUB") return kFunc;
-  if (w1 == u"END" && (w2 == u"SUB" || w2 == u"FUNCTION")) return kEndFunc;
-  if (w1 == u"IF") return kIf;
-  if (w1 == u"ELSE") return kElse;
-  if ((w1 == u"END" && w2 == u"IF") || w2 == u"ENDIF") return kEndIf;
-  if (w1 == u"SELECT" && w2 == u"CASE") return kSelectCase;
-  if (w1 == u"CASE") return kCase;
-  if (w1 == u"END" && w2 == u"SELECT") return kEndSelect;
-  if (w1 == u"FOR") return kFor;
-  if (w1 == u"NEXT") return kNext;
-  if (w1 == u"WHILE") return kWhile;
-  if (w1 == u"WEND") return kWEnd;
-  if (w1 == u"DO") return kDo;
-  if (w1 == u"LOOP") return kLoop;
-  if (w1 == u"DIM") return kDim;
-  if (w1 == u"REDIM") return kReDim;
-  if (w1 == u"CONST") return kConst;
-  if (w1 == u"ECHO") return kEcho;
-  if (w1 == u"ON" && w2 == u"ERROR") return kOnError;
-  return kOther;
-}
 
 bool endsWithContinuation(const UString& statement) {
   if (statement.empty()) return false;
@@ -114,7 +63,7 @@ void ScriptCore::execute(const LxBasicStringList& source) {
   for (size_t i = 0; i < _optimized->count(); ++i) {
     PreparedLine p;
     p.text = trim(replace(u"\t", u" ", _optimized->stringAtIndex(i), 2));
-    p.kind = classify(p.text);
+    p.kind = classifyLine(p.text);
     p.scriptLine = _optimized->objectAtIndex(i).number().toInt32();
     prepared_.push_back(std::move(p));
   }
@@ -123,25 +72,65 @@ void ScriptCore::execute(const LxBasicStringList& source) {
 
 // ---- the main loop
 
+ScriptCore::PreparedLine::PreparedLine() = default;
+ScriptCore::PreparedLine::~PreparedLine() = default;
+ScriptCore::PreparedLine::PreparedLine(PreparedLine&&) noexcept = default;
+ScriptCore::PreparedLine& ScriptCore::PreparedLine::operator=(PreparedLine&&) noexcept = default;
+
+compiled::LineCode* ScriptCore::codeFor(PreparedLine& line) {
+  if (!line.code) {
+    line.code = compiled::LineCode::compile(static_cast<LineKind>(line.kind), line.text);
+    if (line.code->reference()) {
+      ScriptCore* root = getRootOwner();
+      std::lock_guard lock(root->statsMutex_);
+      auto& fallbacks = root->stats_.fallbacks;
+      if (fallbacks.size() < 100) fallbacks.emplace_back(line.scriptLine + 1, line.code->reason());
+    }
+  }
+  return line.code->reference() ? nullptr : line.code.get();
+}
+
 void ScriptCore::mainLoop() {
+  const bool compiled = !evaluating_ && !referenceEvaluator();
+  uint64_t compiledLines = 0;
+  uint64_t referenceLines = 0;
   for (_curline = 0; _curline >= 0 && static_cast<size_t>(_curline) < prepared_.size();
        ++_curline) {
     std::unique_lock lineLock(lineMutex_);
-    // Copied: a handler may run a nested evaluation that swaps the prepared lines out.
-    const PreparedLine line = prepared_[static_cast<size_t>(_curline)];
+    const auto index = static_cast<size_t>(_curline);
+    // A reference: a handler that runs a nested evaluation swaps the prepared lines out and
+    // back, which keeps their storage where it is.
+    PreparedLine& line = prepared_[index];
     currentScriptLine_.store(line.scriptLine, std::memory_order_relaxed);
     if (line.kind == kEmpty || line.kind == kRem) continue;
-    executeLine(line.text);
-    clearTmpVars();
-    if (hasError() && !applyErrorPolicy(line.text, line.scriptLine)) break;
+    currentCode_ = compiled ? codeFor(line) : nullptr;
+    ++(currentCode_ ? compiledLines : referenceLines);
+    executeLine(line);
+    if (!_tmps.empty()) clearTmpVars();
+    if (hasError()) {
+      const PreparedLine& done = prepared_[index];
+      if (!applyErrorPolicy(done.text, done.scriptLine)) break;
+    }
     // A stop request ends the run even under ON ERROR RESUME NEXT: a host must always be
     // able to stop a script.
     if (stopRequested()) break;
   }
+  currentCode_ = nullptr;
+  ScriptCore* root = getRootOwner();
+  std::lock_guard lock(root->statsMutex_);
+  root->stats_.compiledLines += compiledLines;
+  root->stats_.referenceLines += referenceLines;
 }
 
-void ScriptCore::executeLine(const UString& text) {
-  const auto kind = static_cast<LineKind>(prepared_[static_cast<size_t>(_curline)].kind);
+ScriptCore::ExecutionStats ScriptCore::executionStats() const {
+  std::lock_guard lock(statsMutex_);
+  return stats_;
+}
+
+void ScriptCore::executeLine(PreparedLine& line) {
+  const UString& text = line.text;
+  const auto kind = static_cast<LineKind>(line.kind);
+  compiled::LineCode* code = currentCode_;
   switch (kind) {
     case kFunc:
       return parseFunc(text);
@@ -153,11 +142,11 @@ void ScriptCore::executeLine(const UString& text) {
   if (_newsub) return appendToOpenProcedure(text);
   switch (kind) {
     case kIf:
-      return parseIf(text);
+      return code ? runIf(code->ifParts) : parseIf(text);
     case kElse:
-      return parseElse(text);
+      return code ? runElse(code->trailing) : parseElse(text);
     case kEndIf:
-      return parseEndIf(text);
+      return code ? runEndIf(code->trailing) : parseEndIf(text);
     case kSelectCase:
       return parseSelectCase(text);
     case kCase:
@@ -170,17 +159,17 @@ void ScriptCore::executeLine(const UString& text) {
   if (!ifValue()) return;
   switch (kind) {
     case kFor:
-      return parseFor(text);
+      return code ? runFor(code->forParts) : parseFor(text);
     case kNext:
-      return parseNext(text);
+      return code ? runNext(code->trailing) : parseNext(text);
     case kWhile:
-      return parseWhile(text);
+      return code ? runWhile(code->rest) : parseWhile(text);
     case kWEnd:
-      return parseWEnd(text);
+      return code ? runWEnd(code->trailing) : parseWEnd(text);
     case kDo:
-      return parseDo(text);
+      return code ? runDo(code->rest) : parseDo(text);
     case kLoop:
-      return parseLoop(text);
+      return code ? runLoop(code->rest) : parseLoop(text);
     default:
       break;
   }
@@ -198,8 +187,45 @@ void ScriptCore::executeLine(const UString& text) {
     case kOnError:
       return parseOnError(text);
     default:
+      if (code) return code->statement()->execute(*this);
       parseLine(text);
   }
+}
+
+// ---- texts evaluated by the handlers
+
+bool ScriptCore::evaluateText(const UString& text, TextMode mode, Variant& out) {
+  if (currentCode_) {
+    if (const compiled::Expression* e = currentCode_->piece(text, mode)) {
+      return e->evaluate(*this, out);
+    }
+  }
+  const UString name = mode == TextMode::Condition ? parseLine(bracketed(text), true)
+                                                   : parseLine(text, false);
+  if (name.empty()) return false;
+  ValueRef v = getValue(name);
+  if (!v) return false;
+  out = v->data();
+  return true;
+}
+
+ValueRef ScriptCore::evaluateSlot(const UString& text) {
+  if (currentCode_) {
+    if (const compiled::Expression* e = currentCode_->piece(text, TextMode::Statement)) {
+      return e->evaluateSlot(*this);
+    }
+  }
+  const UString name = parseLine(text, false);
+  return name.empty() ? nullptr : getValue(name);
+}
+
+void ScriptCore::executeText(const UString& text) {
+  if (currentCode_) {
+    if (const compiled::Expression* e = currentCode_->piece(text, TextMode::Statement)) {
+      return e->execute(*this);
+    }
+  }
+  parseLine(text);
 }
 
 bool ScriptCore::applyErrorPolicy(const UString& line, int32_t scriptLine) {
@@ -272,15 +298,21 @@ void ScriptCore::evalLines(const LxBasicStringList& lines) {
     std::vector<UString> tmps;
     int32_t curline;
     int32_t scriptLine;
+    compiled::LineCode* code;
+    bool evaluating;
     ~Saved() {
       s._optimized = std::move(optimized);
       s.prepared_ = std::move(prepared);
       s._tmps = std::move(tmps);
       s._curline = curline;
       s.currentScriptLine_.store(scriptLine);
+      s.currentCode_ = code;
+      s.evaluating_ = evaluating;
     }
-  } saved{*this,    std::move(_optimized),    std::move(prepared_), std::move(_tmps),
-          _curline, currentScriptLine_.load()};
+  } saved{*this,         std::move(_optimized),     std::move(prepared_),
+          std::move(_tmps), _curline,               currentScriptLine_.load(),
+          currentCode_,  evaluating_};
+  evaluating_ = true;
   setError(nullptr);
   // The evaluated line takes the lock of its own lines; release the enclosing line's.
   lineMutex_.unlock();

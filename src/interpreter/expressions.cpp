@@ -3,6 +3,7 @@
 
 #include "foundation/day_serial.h"
 #include "foundation/scanning.h"
+#include "interpreter/rewriting.h"
 #include "interpreter/script_core.h"
 #include "lxbasic/exceptions.h"
 #include "lxbasic/text.h"
@@ -11,71 +12,34 @@ namespace lx {
 
 namespace {
 
-bool isDigit(char16_t c) {
-  return c >= u'0' && c <= u'9';
-}
-
-// A floating-point number at the start of the text (sign, digits, "." fraction, exponent);
-// false when no digit can be read.
-bool scanNumber(UStringView t, double* out) {
-  size_t i = 0;
-  if (i < t.size() && (t[i] == u'+' || t[i] == u'-')) ++i;
-  size_t digits = 0;
-  while (i < t.size() && isDigit(t[i])) ++i, ++digits;
-  if (i < t.size() && t[i] == u'.') {
-    ++i;
-    while (i < t.size() && isDigit(t[i])) ++i, ++digits;
-  }
-  if (digits == 0) return false;
-  *out = doubleValue(t);
-  return true;
-}
-
-// An unsigned radix literal after "&H" or "&O"; reading stops at the first foreign digit.
-Variant radixLiteral(UStringView digits, unsigned radix) {
-  uint64_t value = 0;
-  bool overflow = false;
-  for (char16_t c : digits) {
-    unsigned d;
-    if (isDigit(c)) {
-      d = c - u'0';
-    } else if (c >= u'a' && c <= u'f') {
-      d = 10 + (c - u'a');
-    } else if (c >= u'A' && c <= u'F') {
-      d = 10 + (c - u'A');
-    } else {
-      break;
-    }
-    if (d >= radix) break;
-    if (value > (UINT64_MAX - d) / radix) overflow = true;
-    value = overflow ? UINT64_MAX : value * radix + d;
-  }
-  if (value > static_cast<uint64_t>(INT64_MAX)) return Variant::real(static_cast<double>(value));
-  return Variant::int64(static_cast<int64_t>(value));
-}
-
-double numberOf(const LxValue& v) {
-  switch (v.type()) {
+double numberOf(const Variant& v) {
+  switch (v.kind()) {
     case ValueKind::Number:
-      return v.data().number().toDouble();
+      return v.number().toDouble();
     case ValueKind::Date:
-      return DateToFloat(v.data()).toDouble();
+      return DateToFloat(v).toDouble();
     case ValueKind::String:
+      return doubleValue(v.string());
     case ValueKind::Object:
-      return doubleValue(v.description());
+      // Read as the slot's description, which answers "" for a text that cannot be made.
+      try {
+        return doubleValue(toText(v));
+      } catch (...) {
+        return 0;
+      }
     default:
       return 0;
   }
 }
 
 // Numeric results keep the kind of a Number on the left; anything else on the left makes a date.
-ValueRef numericResult(const LxValue& left, double x) {
-  if (left.type() == ValueKind::Number) return LxValue::make(Variant::real(x));
-  return LxValue::make(Variant(FloatToDate(Variant::real(x))));
+Variant numericResult(const Variant& left, double x) {
+  if (left.isNumber()) return Variant::real(x);
+  return FloatToDate(Variant::real(x));
 }
 
-UString textOf(const LxValue& v) {
-  return v.type() == ValueKind::Empty ? UString() : toText(v.data());
+UString textOf(const Variant& v) {
+  return v.isEmpty() ? UString() : toText(v);
 }
 
 int32_t order(double l, double r) {
@@ -125,8 +89,12 @@ ValueRef ScriptCore::getValue(UStringView text) {
 }
 
 ValueRef ScriptCore::operateWithSign(char16_t op, const LxValue& a, const LxValue& b) {
-  const ValueKind ka = a.type();
-  const ValueKind kb = b.type();
+  return LxValue::make(operate(op, a.data(), b.data()));
+}
+
+Variant ScriptCore::operate(char16_t op, const Variant& a, const Variant& b) {
+  const ValueKind ka = a.kind();
+  const ValueKind kb = b.kind();
   const bool textual =
       (ka == ValueKind::Empty && kb == ValueKind::String) || ka == ValueKind::String;
   switch (op) {
@@ -144,87 +112,82 @@ ValueRef ScriptCore::operateWithSign(char16_t op, const LxValue& a, const LxValu
     case u'^':
       return numericResult(a, std::pow(numberOf(a), numberOf(b)));
     case u'&':
-      return LxValue::make(Variant(textOf(a) + textOf(b)));
+      return Variant(textOf(a) + textOf(b));
     case u'+':
-      if (textual) return LxValue::make(Variant(textOf(a) + textOf(b)));
+      if (textual) return Variant(textOf(a) + textOf(b));
       if (ka == ValueKind::Array && kb == ValueKind::Array) {
-        std::vector<Variant> items = a.data().array()->items;
-        const auto& more = b.data().array()->items;
+        std::vector<Variant> items = a.array()->items;
+        const auto& more = b.array()->items;
         items.insert(items.end(), more.begin(), more.end());
-        return LxValue::make(Variant(Array::make(std::move(items))));
+        return Variant(Array::make(std::move(items)));
       }
       if (ka == ValueKind::Object) {
-        if (kb == ValueKind::Empty) return LxValue::make(a.data());
-        return LxValue::make(Variant(toText(a.data()) + toText(b.data())));
+        if (kb == ValueKind::Empty) return a;
+        return Variant(toText(a) + toText(b));
       }
       return numericResult(a, numberOf(a) + numberOf(b));
     case u'-':
       if (textual || (ka == ValueKind::Object && kb != ValueKind::Empty)) {
         UString removed = textOf(b);
         UString source = textOf(a);
-        if (removed.empty()) return LxValue::make(Variant(std::move(source)));
-        return LxValue::make(Variant(replace(removed, u"", source, 2)));
+        if (removed.empty()) return Variant(std::move(source));
+        return Variant(replace(removed, u"", source, 2));
       }
       if (ka == ValueKind::Array && kb == ValueKind::Array) {
         std::vector<Variant> kept;
-        const auto& drop = b.data().array()->items;
-        for (const Variant& item : a.data().array()->items) {
+        const auto& drop = b.array()->items;
+        for (const Variant& item : a.array()->items) {
           bool match = false;
           for (const Variant& d : drop) match = match || valuesEqual(item, d);
           if (!match) kept.push_back(item);
         }
-        return LxValue::make(Variant(Array::make(std::move(kept))));
+        return Variant(Array::make(std::move(kept)));
       }
-      if (ka == ValueKind::Object) return LxValue::make(a.data());
+      if (ka == ValueKind::Object) return a;
       return numericResult(a, numberOf(a) - numberOf(b));
     default:
-      return LxValue::make();
+      return Variant();
   }
 }
 
 int32_t ScriptCore::compareValue(const LxValue& a, const LxValue& b) {
-  switch (a.type()) {
+  return compareValues(a.data(), b.data());
+}
+
+int32_t compareValues(const Variant& a, const Variant& b) {
+  switch (a.kind()) {
     case ValueKind::Empty:
-      return b.type() == ValueKind::Empty ? 0 : -1;
+      return b.isEmpty() ? 0 : -1;
     case ValueKind::String: {
-      const int c = a.data().string().compare(toText(b.data()));
+      const int c = b.isString() ? a.string().compare(b.string()) : a.string().compare(toText(b));
       return c < 0 ? -1 : c > 0 ? 1 : 0;
     }
     case ValueKind::Number:
-      return order(a.data().number().toDouble(), doubleValue(toText(b.data())));
-    case ValueKind::Object: {
-      LxValue text(Variant(toText(a.data())));
-      return -compareValue(b, text);
-    }
+      return order(a.number().toDouble(), doubleValue(toText(b)));
+    case ValueKind::Object:
+      return -compareValues(b, Variant(toText(a)));
     case ValueKind::Array: {
-      if (b.type() != ValueKind::Array) {
+      if (!b.isArray()) {
         throw UnrecognizedSelectorException("count: the other value is not an array");
       }
-      return order(static_cast<double>(a.data().array()->items.size()),
-                   static_cast<double>(b.data().array()->items.size()));
+      return order(static_cast<double>(a.array()->items.size()),
+                   static_cast<double>(b.array()->items.size()));
     }
     case ValueKind::Date:
-      return order(DateToFloat(a.data()).toDouble(), DateToFloat(b.data()).toDouble());
+      return order(DateToFloat(a).toDouble(), DateToFloat(b).toDouble());
   }
   return 0;
 }
 
 bool ScriptCore::parseInlineOps(const UString& line) {
-  // Only a first word of EXIT or CONTINUE matters; most lines fail the first letter.
-  if (line.empty()) return false;
-  const char16_t c = line[0];
-  if (c != u'E' && c != u'e' && c != u'C' && c != u'c') return false;
+  if (!isInlineOperation(line)) return false;
   UString rest = line;
-  UString first = upperCase(getTokenFrom(rest, u" "));
-  if (first == u"EXIT") {
+  if (upperCase(getTokenFrom(rest, u" ")) == u"EXIT") {
     parseExit(line);
-    return true;
-  }
-  if (first == u"CONTINUE") {
+  } else {
     parseContinue(line);
-    return true;
   }
-  return false;
+  return true;
 }
 
 }  // namespace lx

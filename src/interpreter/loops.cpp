@@ -4,6 +4,9 @@
 // the closing statements then do the rest.
 #include "interpreter/loops.h"
 
+#include "interpreter/line_kind.h"
+#include "interpreter/rewriting.h"
+
 #include <optional>
 
 #include "foundation/scanning.h"
@@ -20,24 +23,25 @@ void fail(ScriptCore& script, int32_t code) {
 
 // Loop conditions are read leniently, through the leading integer of the value's text: 0.5
 // and "yes" are false, 2.7 and "12abc" true, no value false.
-bool loopTruth(const ValueRef& v) {
-  return v && intValue(toText(v->data())) != 0;
+bool loopTruth(bool present, const Variant& v) {
+  return present && leadingIntOf(v) != 0;
 }
 
 // Answers false when the evaluation stopped with an error, which then stands.
-bool loopCondition(ScriptCore& script, UStringView text, bool& truth) {
-  ValueRef v = evaluateCondition(script, text);
-  if (!v && script.errorCode() != 0) return false;
-  truth = loopTruth(v);
+bool loopCondition(ScriptCore& script, const UString& text, bool& truth) {
+  Variant v;
+  const bool present = script.evaluateText(text, TextMode::Condition, v);
+  if (!present && script.errorCode() != 0) return false;
+  truth = loopTruth(present, v);
   return true;
 }
 
 // FOR's start, limit and step are read in statement mode; `failed` when an error stopped it.
+// The slot, not its value: a variable named as the start is read after the limit and step.
 ValueRef evaluateOperand(ScriptCore& script, const UString& text, bool& failed) {
   failed = false;
   if (text.empty()) return nullptr;
-  UString name = script.parseLine(text);
-  ValueRef v = name.empty() ? nullptr : script.getValue(name);
+  ValueRef v = script.evaluateSlot(text);
   failed = !v && script.errorCode() != 0;
   return v;
 }
@@ -102,35 +106,47 @@ bool ScriptCore::isLoopVariable(const LxValue* slot) const {
   if (!slot) return false;
   for (const auto& loop : _loops) {
     if (loop->kind() != LoopKind::For) continue;
-    if (getValueForVar(static_cast<const LxBasicFor&>(*loop).var()).get() == slot) return true;
+    // The record keeps the name upper-cased: the table's key as it is.
+    auto it = _vars.find(static_cast<const LxBasicFor&>(*loop).var());
+    if (it != _vars.end() && it->second.get() == slot) return true;
   }
   return false;
 }
 
-void ScriptCore::parseFor(const UString& line) {
+ForParts splitFor(const UString& line) {
+  ForParts parts;
   const UString rest = afterFirstWord(line);
   const int32_t toAt = findKeyword(u"TO", rest);
   const int32_t stepAt = findKeyword(u"STEP", rest);
-  if (toAt == -1) return fail(*this, kSyntaxError);
+  if (toAt == -1) return parts;
+  parts.hasTo = true;
   const auto length = static_cast<int32_t>(rest.size());
   const UString head = slice(rest, 0, toAt);
   const int32_t limitEnd = stepAt == -1 ? length : stepAt;
-  const UString limitText = slice(rest, toAt + 2, limitEnd - (toAt + 2));
-  const UString stepText = stepAt == -1 ? UString() : slice(rest, stepAt + 4, length);
+  parts.limit = slice(rest, toAt + 2, limitEnd - (toAt + 2));
+  if (stepAt != -1) parts.step = slice(rest, stepAt + 4, length);
   const int32_t equals = posWithNeedle(u"=", head);
-  const UString name = equals == -1 ? trim(head) : slice(head, 0, equals);
-  const UString startText = equals == -1 ? UString() : slice(head, equals + 1, length);
+  parts.name = equals == -1 ? trim(head) : slice(head, 0, equals);
+  if (equals != -1) parts.start = slice(head, equals + 1, length);
+  return parts;
+}
 
+void ScriptCore::parseFor(const UString& line) {
+  runFor(splitFor(line));
+}
+
+void ScriptCore::runFor(const ForParts& parts) {
+  if (!parts.hasTo) return fail(*this, kSyntaxError);
   bool failed = false;
-  ValueRef start = evaluateOperand(*this, startText, failed);
+  ValueRef start = evaluateOperand(*this, parts.start, failed);
   if (failed) return;
-  ValueRef limit = evaluateOperand(*this, limitText, failed);
+  ValueRef limit = evaluateOperand(*this, parts.limit, failed);
   if (failed) return;
   if (!isNumber(start) || !isNumber(limit)) return fail(*this, kVariableTypeError);
 
   int32_t step = 1;
-  if (!stepText.empty()) {
-    ValueRef given = evaluateOperand(*this, stepText, failed);
+  if (!parts.step.empty()) {
+    ValueRef given = evaluateOperand(*this, parts.step, failed);
     if (failed) return;
     if (given) {
       if (!isNumber(given) || given->data().number().toInt32() == 0) {
@@ -143,20 +159,26 @@ void ScriptCore::parseFor(const UString& line) {
   const Variant startValue = start->data();  // the start may be a slot the assignment replaces
   const int32_t first = startValue.number().toInt32();
   const int32_t max = limit->data().number().toInt32();
-  if (!addVarWithName(name, startValue)) return;
+  if (!addVarWithName(parts.name, startValue)) return;
 
-  auto loop = LxBasicFor::forWithVar(upperCase(name), max, step, _curline);
+  auto loop = LxBasicFor::forWithVar(upperCase(parts.name), max, step, _curline);
   const bool inRange = (step > 0 && first <= max) || (step < 0 && first >= max);
   loop->setValid(inRange && validLoop());
   _loops.push_back(std::move(loop));
 }
 
 void ScriptCore::parseNext(const UString& line) {
-  if (!afterFirstWord(line).empty()) return fail(*this, kSyntaxError);
+  runNext(!afterFirstWord(line).empty());
+}
+
+void ScriptCore::runNext(bool trailing) {
+  if (trailing) return fail(*this, kSyntaxError);
   auto* loop = innermost<LxBasicFor>(*this, LoopKind::For);
   if (!loop) return fail(*this, kNextWithoutFor);
-  ValueRef slot = getValueForVar(loop->var());
-  if (!isNumber(slot)) return fail(*this, kVariableTypeError);
+  // The record keeps the name upper-cased: the table's key as it is.
+  auto it = _vars.find(loop->var());
+  LxValue* slot = it == _vars.end() ? nullptr : it->second.get();
+  if (!slot || slot->type() != ValueKind::Number) return fail(*this, kVariableTypeError);
   // 32-bit arithmetic that wraps instead of overflowing.
   const auto next = static_cast<int32_t>(static_cast<uint32_t>(slot->data().number().toInt32()) +
                                          static_cast<uint32_t>(loop->step()));
@@ -171,16 +193,24 @@ void ScriptCore::parseNext(const UString& line) {
 }
 
 void ScriptCore::parseWhile(const UString& line) {
-  UString expression = bracketed(afterFirstWord(line));
-  ValueRef v = evaluateCondition(*this, expression);
-  if (!v || (v->type() != ValueKind::Number && v->type() != ValueKind::String)) return;
-  auto loop = LxBasicWhile::whileWithExpression(std::move(expression), _curline);
-  loop->setValid(loopTruth(v));
+  runWhile(bracketed(afterFirstWord(line)));
+}
+
+void ScriptCore::runWhile(const UString& expression) {
+  Variant v;
+  if (!evaluateText(expression, TextMode::Condition, v)) return;
+  if (!v.isNumber() && !v.isString()) return;
+  auto loop = LxBasicWhile::whileWithExpression(expression, _curline);
+  loop->setValid(loopTruth(true, v));
   _loops.push_back(std::move(loop));
 }
 
 void ScriptCore::parseWEnd(const UString& line) {
-  if (!afterFirstWord(line).empty()) return fail(*this, kSyntaxError);
+  runWEnd(!afterFirstWord(line).empty());
+}
+
+void ScriptCore::runWEnd(bool trailing) {
+  if (trailing) return fail(*this, kSyntaxError);
   auto* loop = innermost<LxBasicWhile>(*this, LoopKind::While);
   if (!loop) return fail(*this, kWendWithoutWhile);
   if (loop->valid()) {
@@ -196,7 +226,10 @@ void ScriptCore::parseWEnd(const UString& line) {
 }
 
 void ScriptCore::parseDo(const UString& line) {
-  const UString rest = afterFirstWord(line);
+  runDo(afterFirstWord(line));
+}
+
+void ScriptCore::runDo(const UString& rest) {
   auto loop = LxBasicDoLoop::doLoopWithExpression(UString(), _curline);
   if (rest.empty()) {
     loop->setValid(true);
@@ -212,7 +245,10 @@ void ScriptCore::parseDo(const UString& line) {
 }
 
 void ScriptCore::parseLoop(const UString& line) {
-  const UString rest = afterFirstWord(line);
+  runLoop(afterFirstWord(line));
+}
+
+void ScriptCore::runLoop(const UString& rest) {
   auto* loop = innermost<LxBasicDoLoop>(*this, LoopKind::Do);
   if (!loop) return fail(*this, kLoopWithoutDo);
   if (!rest.empty()) {

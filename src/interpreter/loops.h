@@ -114,17 +114,12 @@ class LxBasicDoLoop final : public LxConditionLoop {
 };
 
 // Statement-text helpers of the control-flow handlers.
-// The line without its first word, trimmed.
-UString afterFirstWord(const UString& line);
 // Trimmed `count` characters of `s` from `start`; a negative count means "the rest", as the
 // unsigned length of midWithString has it.
 UString slice(UStringView s, int32_t start, int32_t count);
 // "(" + text + ")".
 UString bracketed(UStringView text);
 
-// Evaluates a condition text as IF and the loops do: wrapped in one pair of parentheses and
-// read in comparison mode, so that "=" compares. nullptr when there is no value (the script's
-// error then says whether the evaluation failed).
-ValueRef evaluateCondition(ScriptCore& script, UStringView text);
+
 
 }  // namespace lx

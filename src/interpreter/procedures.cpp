@@ -162,6 +162,7 @@ std::shared_ptr<LxBasicSub> LxBasicSubs::addSubWithName(UStringView name,
   if (auto existing = getSubByName(key)) return existing;
   auto sub = std::make_shared<LxBasicSub>(owner_, key, std::move(params), body, func);
   subs_.emplace(std::move(key), sub);
+  epoch_ = nextBindingEpoch();
   return sub;
 }
 
@@ -172,6 +173,10 @@ std::shared_ptr<LxBasicSub> LxBasicSubs::getSubByName(UStringView name) const {
 
 std::shared_ptr<LxBasicSubs> makeProcedureTable(ScriptCore& owner) {
   return std::make_shared<LxBasicSubs>(&owner);
+}
+
+ErrorRef procedureFailure(const LxError& inner) {
+  return LxError::errorWithCode(inner.code() + 100, inner.desc(), inner.line());
 }
 
 ScriptCore* ScriptCore::getRootOwner() noexcept {

@@ -9,6 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "interpreter/epoch.h"
 #include "lxbasic/bridge.h"
 #include "lxbasic/error.h"
 #include "lxbasic/string_list.h"
@@ -56,9 +57,12 @@ class LxBasicSubs {
   std::shared_ptr<LxBasicSub> addSubWithName(UStringView name, std::vector<UString> params,
                                              UStringView body, bool func);
   std::shared_ptr<LxBasicSub> getSubByName(UStringView name) const;
+  // Changes whenever a procedure is added (see interpreter/epoch.h).
+  uint64_t epoch() const noexcept { return epoch_; }
 
  private:
   ScriptCore* owner_;
+  uint64_t epoch_ = nextBindingEpoch();
   std::unordered_map<UString, std::shared_ptr<LxBasicSub>> subs_;
 };
 

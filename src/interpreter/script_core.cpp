@@ -31,6 +31,7 @@ std::shared_ptr<ScriptCore> ScriptCore::createChild(ScriptCore& owner) {
   child->initialise();
   child->_objs.insert(child->_objs.end(), owner._objs.begin() + (owner._objs.empty() ? 0 : 1),
                       owner._objs.end());
+  child->objsEpoch_ = nextBindingEpoch();
   return child;
 }
 
@@ -57,6 +58,7 @@ void ScriptCore::initialise() {
   addObj(library_);
   addConstWithName(u"err", Variant(std::make_shared<LxError>(0, UString(), UString(), -1)));
   for (const auto& [name, slot] : scriptConstants()) _vars.insert_or_assign(name, slot);
+  varsChanged();
 }
 
 void ScriptCore::setScript(const Variant& text) {
@@ -117,6 +119,8 @@ bool ScriptCore::interruptibleSleep(double seconds) const {
 }
 
 void ScriptCore::reset() {
+  varsChanged();
+  objsEpoch_ = nextBindingEpoch();
   _vars.clear();
   _objs.clear();
   _ifs.clear();
@@ -134,6 +138,9 @@ void ScriptCore::addObj(ObjectRef obj) {
     aware->initWithScript(handle);
   }
   _objs.push_back(std::move(obj));
+  // Registration may also have defined constants (the library does).
+  objsEpoch_ = nextBindingEpoch();
+  varsChanged();
 }
 
 void ScriptCore::removeObj(int32_t index) {
@@ -141,6 +148,7 @@ void ScriptCore::removeObj(int32_t index) {
     throw RangeException("removeObj: index " + std::to_string(index) + " out of range");
   }
   _objs.erase(_objs.begin() + index);
+  objsEpoch_ = nextBindingEpoch();
 }
 
 bool ScriptCore::getSel(const MethodInfo** method, ObjectRef* obj, UStringView name,

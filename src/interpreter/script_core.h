@@ -23,9 +23,15 @@
 #include "lxbasic/error.h"
 #include "lxbasic/string_list.h"
 #include "lxbasic/value.h"
+#include "interpreter/epoch.h"
+#include "interpreter/line_kind.h"
 #include "lxbasic/variant.h"
 
 namespace lx {
+
+namespace compiled {
+class LineCode;
+}
 
 class LxBasicFunc;
 class LxBasicSub;
@@ -98,6 +104,24 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   // variables, procedures and host objects. Errors are left on the script as a run leaves them.
   void evalLines(const LxBasicStringList& lines);
 
+  // ---- texts that statement handlers evaluate (driver.cpp): through the current line's
+  // compiled form, or by rewriting the text when the line runs on the reference evaluator.
+  // getValue(parseLine(text)): false when there is no value (an error is normally set).
+  bool evaluateText(const UString& text, TextMode mode, Variant& out);
+  // The same as a slot: a variable's own slot when the text is just its name.
+  ValueRef evaluateSlot(const UString& text);
+  // parseLine(text) of a statement, its answer dropped.
+  void executeText(const UString& text);
+
+  // How many lines ran through their compiled form and how many on the reference evaluator,
+  // counted on the root script for its procedures and Eval too; and why lines fell back.
+  struct ExecutionStats {
+    uint64_t compiledLines = 0;
+    uint64_t referenceLines = 0;
+    std::vector<std::pair<int32_t, std::string>> fallbacks;  // script line (1-based), reason
+  };
+  ExecutionStats executionStats() const;
+
   // ---- statement handlers (driver.cpp and the statement sources)
   void parseOnError(const UString& line);
   UString parseLine(const UString& line) { return parseLine(line, false); }
@@ -119,11 +143,23 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   void parseDo(const UString& line);
   void parseLoop(const UString& line);
   void parseFunc(const UString& line);
+  // The handlers' work once the statement's text has been read (the compiled form keeps it).
+  void runIf(const IfParts& parts);
+  void runElse(bool trailing);
+  void runEndIf(bool trailing);
+  void runFor(const ForParts& parts);
+  void runNext(bool trailing);
+  void runWhile(const UString& expression);
+  void runWEnd(bool trailing);
+  void runDo(const UString& rest);
+  void runLoop(const UString& rest);
   void parseEndFunc(const UString& line);
 
   // ---- expressions (expressions.cpp)
   ValueRef getValue(UStringView text);
   ValueRef operateWithSign(char16_t op, const LxValue& a, const LxValue& b);
+  // The operator on two values; may set error 14 (division by zero) and still answer.
+  Variant operate(char16_t op, const Variant& a, const Variant& b);
   int32_t compareValue(const LxValue& a, const LxValue& b);
   bool parseInlineOps(const UString& line);
 
@@ -169,6 +205,11 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
 
   bool isKeyword(UStringView word) const;
 
+  // Epochs of the variable table's names and of the host-object list (see epoch.h).
+  uint64_t varsEpoch() const noexcept { return varsEpoch_; }
+  uint64_t objsEpoch() const noexcept { return objsEpoch_; }
+  void varsChanged() noexcept { varsEpoch_ = nextBindingEpoch(); }
+
   // ---- state shared with the statement sources
   ScriptCore* _owner = nullptr;
   LxBasicStringList _script;
@@ -190,7 +231,6 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
  private:
   ScriptCore();
   void initialise();
-  void executeLine(const UString& line);
   // Applies the error policy after a line; answers false when the run must stop.
   bool applyErrorPolicy(const UString& line, int32_t scriptLine);
   void prepareSource();
@@ -211,14 +251,29 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   std::atomic<int32_t> currentScriptLine_{-1};
   std::atomic<bool> threadActive_{false};
   std::atomic<bool> referenceEvaluator_{false};
+  uint64_t varsEpoch_ = nextBindingEpoch();
+  uint64_t objsEpoch_ = nextBindingEpoch();
   // Per prepared line: its trimmed text and which handler its first words select, worked
   // out once per run instead of on every pass through a loop.
   struct PreparedLine {
+    PreparedLine();
+    ~PreparedLine();
+    PreparedLine(PreparedLine&&) noexcept;
+    PreparedLine& operator=(PreparedLine&&) noexcept;
     UString text;
     uint8_t kind = 0;
     int32_t scriptLine = 0;
+    std::unique_ptr<compiled::LineCode> code;  // made when the line first runs
   };
   std::vector<PreparedLine> prepared_;
+  // The compiled form of the line being executed; nullptr on the reference evaluator.
+  compiled::LineCode* currentCode_ = nullptr;
+  // Eval's lines run once each: compiling them would only cost.
+  bool evaluating_ = false;
+  compiled::LineCode* codeFor(PreparedLine& line);
+  void executeLine(PreparedLine& line);
+  mutable std::mutex statsMutex_;
+  ExecutionStats stats_;
   void execute(const LxBasicStringList& source);
   void beginRun();
   Variant runBody(const Variant& argument);
@@ -229,12 +284,25 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   bool conditionOperand(UString operand, const UString& line, bool* truth);
   ValueRef callMethod(Object& target, const MethodInfo& method, std::span<const Variant> args,
                       bool* mismatch);
+
+ public:
+  // Calls a host method or built-in, counted against the root script's call-depth limit;
+  // false after error 25. *r holds the answer or the argument-mismatch marker.
+  bool sendCounted(Object& target, const MethodInfo& method, std::span<const Variant> args,
+                   CallResult* r);
 };
+
+// The error a caller reports for a procedure whose body failed: the inner code plus 100, the
+// inner message and line text.
+ErrorRef procedureFailure(const LxError& inner);
 
 // RETAIN, RELEASE and DEALLOC (given upper-cased) are never called from scripts.
 inline bool isForbiddenMethodName(const UString& upper) {
   return upper == u"RETAIN" || upper == u"RELEASE" || upper == u"DEALLOC";
 }
+
+// Orders two values: -1, 0 or 1 (expressions.cpp); throws for an array against a non-array.
+int32_t compareValues(const Variant& a, const Variant& b);
 
 // The procedure table of a new script (procedures.cpp).
 std::shared_ptr<LxBasicSubs> makeProcedureTable(ScriptCore& owner);

@@ -1,77 +1,43 @@
 // parseLine: assignments, calls and expressions, evaluated by rewriting the line. Each
 // innermost bracket and then each operator is evaluated and replaced in the text by the name
 // of a temporary variable holding its value, until one name is left.
-#include <unicode/uchar.h>
-
 #include "foundation/scanning.h"
+#include "interpreter/rewriting.h"
 #include "interpreter/script_core.h"
 #include "lxbasic/bridge.h"
 #include "lxbasic/text.h"
 
 namespace lx {
 
-namespace {
 
-bool isNameChar(char16_t c) {
-  if (c < 0x80) {
-    return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || (c >= u'0' && c <= u'9') ||
-           c == u'@' || c == u'_';
-  }
-  return u_isalpha(c) || u_isdigit(c);
-}
-
-bool isHigh(char16_t c) {
-  return c == u'*' || c == u'/' || c == u'\\' || c == u'^';
-}
-bool isLow(char16_t c) {
-  return c == u'+' || c == u'-' || c == u'&';
-}
-
-// The operator characters of a bracket-free line, outside string literals; a sign at the
-// very start and the "&" of a radix literal are parts of operands.
-void operatorPositions(const UString& line, std::vector<size_t>& out) {
-  out.clear();
-  bool inString = false;
-  for (size_t i = 0; i < line.size(); ++i) {
-    char16_t c = line[i];
-    if (c == u'"') {
-      inString = !inString;
-      continue;
-    }
-    if (inString) continue;
-    if (i == 0 && (c == u'+' || c == u'-')) continue;
-    if (c == u'&' && i + 1 < line.size()) {
-      char16_t n = line[i + 1];
-      if (n == u'H' || n == u'h' || n == u'O' || n == u'o') continue;
-    }
-    if (isHigh(c) || isLow(c)) out.push_back(i);
-  }
-}
-
-}  // namespace
-
-ValueRef ScriptCore::callMethod(Object& target, const MethodInfo& method,
-                                std::span<const Variant> args, bool* mismatch) {
+bool ScriptCore::sendCounted(Object& target, const MethodInfo& method,
+                             std::span<const Variant> args, CallResult* r) {
   // Calls made from a procedure's script count against the depth limit of the root script;
   // the root itself has no owner to ask and does not count.
   ScriptCore* root = _owner ? _owner->getRootOwner() : nullptr;
-  CallResult r;
-  if (root) {
-    if (root->stack() >= 256) {
-      setError(LxError::make(kStackOverflow));
-      return nullptr;
-    }
-    root->_stack.fetch_add(1);
-    try {
-      r = sendMsgToObj(target, method, args);
-    } catch (...) {
-      root->_stack.fetch_sub(1);
-      throw;
-    }
-    root->_stack.fetch_sub(1);
-  } else {
-    r = sendMsgToObj(target, method, args);
+  if (!root) {
+    *r = sendMsgToObj(target, method, args);
+    return true;
   }
+  if (root->stack() >= 256) {
+    setError(LxError::make(kStackOverflow));
+    return false;
+  }
+  root->_stack.fetch_add(1);
+  try {
+    *r = sendMsgToObj(target, method, args);
+  } catch (...) {
+    root->_stack.fetch_sub(1);
+    throw;
+  }
+  root->_stack.fetch_sub(1);
+  return true;
+}
+
+ValueRef ScriptCore::callMethod(Object& target, const MethodInfo& method,
+                                std::span<const Variant> args, bool* mismatch) {
+  CallResult r;
+  if (!sendCounted(target, method, args, &r)) return nullptr;
   *mismatch = r.argumentMismatch;
   return r.argumentMismatch ? nullptr : LxValue::make(std::move(r.value));
 }
@@ -127,7 +93,7 @@ UString ScriptCore::evaluateCall(const UString& name, UString contents, const US
       return UString();
     }
     if (inner) {
-      setError(LxError::errorWithCode(inner->code() + 100, inner->desc(), inner->line()));
+      setError(procedureFailure(*inner));
       return UString();
     }
     return storeTemp(std::move(r.value));
@@ -336,13 +302,7 @@ UString ScriptCore::parseLine(const UString& original, bool comparition) {
       break;
     }
     operatorPositions(line, ops);
-    size_t which = ops.size();
-    for (size_t k = 0; k < ops.size() && which == ops.size(); ++k) {
-      if (isHigh(line[ops[k]])) which = k;
-    }
-    for (size_t k = 0; k < ops.size() && which == ops.size(); ++k) {
-      if (isLow(line[ops[k]])) which = k;
-    }
+    const size_t which = nextOperator(line, ops);
     if (which == ops.size()) {
       ValueRef v = getValue(line);
       if (!v) {

@@ -1,5 +1,6 @@
 // The variable table, temporaries and arrays.
 #include "foundation/scanning.h"
+#include "interpreter/rewriting.h"
 #include "interpreter/script_core.h"
 #include "lxbasic/text.h"
 
@@ -10,6 +11,7 @@ ValueRef ScriptCore::addVarWithName(UStringView name, const Variant& value, bool
     setError(LxError::make(kBadVariableName));
     return nullptr;
   }
+  varsChanged();
   auto made = LxValue::make(Variant(), constant);
   UString key = upperCase(name);
   if (auto slot = value.objectAs<LxValue>()) {
@@ -31,6 +33,7 @@ ValueRef ScriptCore::getValueForVar(UStringView name) const {
 }
 
 void ScriptCore::removeVar(UStringView name) {
+  varsChanged();
   _vars.erase(upperCase(name));
 }
 
@@ -59,7 +62,7 @@ ValueRef getElement(std::span<const Variant> indices, const LxValue* slot) {
   for (const Variant& index : indices) {
     if (!current->isArray()) return nullptr;  // more indices than dimensions
     const auto& items = current->array()->items;
-    int32_t i = intValue(toText(index));
+    int32_t i = leadingIntOf(index);
     if (i < 0 || static_cast<size_t>(i) >= items.size()) return nullptr;
     current = &items[static_cast<size_t>(i)];
   }

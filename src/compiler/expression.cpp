@@ -1,0 +1,828 @@
+#include "compiler/expression.h"
+
+#include <array>
+
+#include "foundation/scanning.h"
+#include "interpreter/procedures.h"
+#include "interpreter/rewriting.h"
+#include "interpreter/script_core.h"
+#include "lxbasic/bridge.h"
+#include "lxbasic/text.h"
+
+namespace lx::compiled {
+
+// The results of one run of a compiled line, one per bracket and operator. Most lines need
+// only a few, which then live on the stack.
+class Registers {
+ public:
+  explicit Registers(int32_t n)
+      : heap_(n > kInline ? std::make_unique<Result[]>(static_cast<size_t>(n)) : nullptr),
+        data_(heap_ ? heap_.get() : inline_.data()) {}
+  Result& operator[](int32_t i) { return data_[i]; }
+
+ private:
+  static constexpr int32_t kInline = 6;
+  std::array<Result, kInline> inline_;
+  std::unique_ptr<Result[]> heap_;
+  Result* data_;
+};
+
+namespace {
+
+constexpr UStringView kPlaceholder = u"____var_";
+
+UString placeholder(int32_t reg) {
+  UString name(kPlaceholder);
+  for (char c : std::to_string(reg)) name += static_cast<char16_t>(c);
+  return name;
+}
+
+// The register a placeholder names, or -1 when the text is not exactly one.
+int32_t placeholderRegister(UStringView text) {
+  if (!text.starts_with(kPlaceholder) || text.size() == kPlaceholder.size()) return -1;
+  int32_t reg = 0;
+  for (char16_t c : text.substr(kPlaceholder.size())) {
+    if (c < u'0' || c > u'9') return -1;
+    reg = reg * 10 + (c - u'0');
+  }
+  return reg;
+}
+
+bool holdsPlaceholder(UStringView text) {
+  return text.find(kPlaceholder) != UStringView::npos;
+}
+
+// The text as the evaluator would have it at this point: a bracket whose answer was a
+// variable's name stands there as that name. Used for error messages only.
+UString describe(UStringView text, Registers& regs) {
+  UString out;
+  size_t i = 0;
+  while (true) {
+    const size_t at = text.find(kPlaceholder, i);
+    if (at == UStringView::npos) break;
+    size_t end = at + kPlaceholder.size();
+    while (end < text.size() && text[end] >= u'0' && text[end] <= u'9') ++end;
+    out.append(text.substr(i, at - i));
+    const int32_t reg = placeholderRegister(text.substr(at, end - at));
+    const Result& r = regs[reg];
+    if (r.kind == Result::Kind::Name) {
+      out.append(r.name->text());
+    } else {
+      out.append(text.substr(at, end - at));
+    }
+    i = end;
+  }
+  out.append(text.substr(i));
+  return out;
+}
+
+void fail(ScriptCore& script, int32_t code, const UString& line) {
+  script.setError(LxError::make(code, line));
+}
+
+void notFound(ScriptCore& script, const UString& line, UStringView text, Registers& regs) {
+  script.setError(LxError::make(kVariableNotFound, line, describe(text, regs)));
+}
+
+// parseLine answered a name, and getValue of it gives this.
+bool present(ScriptCore& script, const Result& r, Variant& out) {
+  return r.kind != Result::Kind::None && readResult(script, r, out);
+}
+
+// An Empty value travels into a call as the null object.
+Variant argument(Variant v) {
+  return v.isEmpty() ? Variant(nullObject()) : std::move(v);
+}
+
+// Call arguments; few enough to live on the stack in nearly every call.
+class Arguments {
+ public:
+  void push(Variant v) {
+    if (size_ < inline_.size()) {
+      inline_[size_] = std::move(v);
+    } else {
+      if (heap_.empty()) heap_.assign(inline_.begin(), inline_.end());
+      heap_.push_back(std::move(v));
+    }
+    ++size_;
+  }
+  std::span<const Variant> span() const {
+    return heap_.empty() ? std::span<const Variant>(inline_.data(), size_)
+                         : std::span<const Variant>(heap_);
+  }
+
+ private:
+  std::array<Variant, 4> inline_;
+  std::vector<Variant> heap_;
+  size_t size_ = 0;
+};
+
+}  // namespace
+
+bool readResult(ScriptCore& script, const Result& r, Variant& out) {
+  switch (r.kind) {
+    case Result::Kind::Value:
+      out = r.value;
+      return true;
+    case Result::Kind::Slot:
+      out = r.slot->data();
+      return true;
+    case Result::Kind::Name:
+      return r.name->read(script, out);
+    case Result::Kind::None:
+      break;
+  }
+  return false;
+}
+
+bool readOperand(ScriptCore& script, const Operand& o, Registers& regs, Variant& out) {
+  if (o.leaf) return o.leaf->read(script, out);
+  return readResult(script, regs[o.reg], out);
+}
+
+// ---- steps
+
+class Step {
+ public:
+  explicit Step(int32_t reg) : reg_(reg) {}
+  virtual ~Step() = default;
+  Step(const Step&) = delete;
+  Step& operator=(const Step&) = delete;
+  // False when the evaluation ends here (normally with an error set).
+  virtual bool run(ScriptCore& script, Registers& regs, const UString& line) const = 0;
+
+ protected:
+  // A bracket that gave no answer and left no error is the evaluator's internal error.
+  static bool bracketFailed(ScriptCore& script, const UString& line) {
+    if (!script.hasError()) fail(script, kInternalError, line);
+    return false;
+  }
+  int32_t reg_;
+};
+
+namespace {
+
+// A syntax error found in the text itself, reached after the brackets before it ran.
+class FailStep final : public Step {
+ public:
+  FailStep() : Step(-1) {}
+  bool run(ScriptCore& script, Registers&, const UString& line) const override {
+    fail(script, kSyntaxError, line);
+    return false;
+  }
+};
+
+class ApplyStep final : public Step {
+ public:
+  ApplyStep(int32_t reg, char16_t op, Operand left, Operand right, bool unary, UString leftText,
+            UString rightText)
+      : Step(reg),
+        op_(op),
+        unary_(unary),
+        left_(std::move(left)),
+        right_(std::move(right)),
+        leftText_(std::move(leftText)),
+        rightText_(std::move(rightText)) {}
+
+  bool run(ScriptCore& script, Registers& regs, const UString& line) const override {
+    Variant left;
+    Variant right;
+    bool haveLeft = readOperand(script, left_, regs, left);
+    if (!haveLeft && script.hasError()) return false;
+    // A sign with nothing before it is unary: the left value is 0.
+    if (!haveLeft && unary_) {
+      left = Variant::real(0);
+      haveLeft = true;
+    }
+    if (!haveLeft) {
+      notFound(script, line, leftText_, regs);
+      return false;
+    }
+    if (!readOperand(script, right_, regs, right)) {
+      if (!script.hasError()) notFound(script, line, rightText_, regs);
+      return false;
+    }
+    Result& r = regs[reg_];
+    r.kind = Result::Kind::Value;
+    r.value = script.operate(op_, left, right);
+    return true;
+  }
+
+ private:
+  char16_t op_;
+  bool unary_;
+  Operand left_;
+  Operand right_;
+  UString leftText_;
+  UString rightText_;
+};
+
+// A bracket without a name and without a condition: its contents evaluated as an expression.
+class GroupStep final : public Step {
+ public:
+  GroupStep(int32_t reg, std::unique_ptr<Expression> contents)
+      : Step(reg), contents_(std::move(contents)) {}
+  bool run(ScriptCore& script, Registers& regs, const UString& line) const override;
+
+ private:
+  std::unique_ptr<Expression> contents_;
+};
+
+struct Item {
+  std::unique_ptr<Expression> expression;
+  UString text;  // trimmed
+};
+
+// A name before a bracket: a method of an object, a procedure, an array element or a function.
+class CallStep final : public Step {
+ public:
+  CallStep(int32_t reg, UString name, std::unique_ptr<Expression> receiver,
+           std::vector<Item> items)
+      : Step(reg),
+        name_(std::move(name)),
+        key_(upperCase(name_)),
+        receiver_(std::move(receiver)),
+        items_(std::move(items)) {
+    method_ = name_.back() == u'@' ? UString(name_, 0, name_.size() - 1) : name_;
+    forbidden_ = isForbiddenMethodName(upperCase(method_));
+  }
+
+  bool run(ScriptCore& script, Registers& regs, const UString& line) const override {
+    enum class Kind { Method, Procedure, Element, Function } kind;
+    ObjectRef receiver;
+    std::shared_ptr<LxBasicSub> sub;
+    ValueRef array;
+    if (receiver_) {
+      kind = Kind::Method;
+      Variant v;
+      const bool have = present(script, receiver_->run(script, regs), v);
+      if (!have && script.hasError()) return bracketFailed(script, line);
+      if (have && v.isObject()) receiver = v.object();
+    } else {
+      resolve(script);
+      sub = sub_;
+      array = array_;
+      kind = sub ? Kind::Procedure : array ? Kind::Element : Kind::Function;
+    }
+
+    Arguments args;
+    for (const Item& item : items_) {
+      Variant v;
+      if (!present(script, item.expression->run(script, regs), v)) {
+        if (!script.hasError()) notFound(script, line, item.text, regs);
+        return bracketFailed(script, line);
+      }
+      args.push(argument(std::move(v)));
+    }
+
+    Result& r = regs[reg_];
+    switch (kind) {
+      case Kind::Element: {
+        ValueRef element = getElement(args.span(), array.get());
+        if (!element) {
+          fail(script, kIndexOutOfBounds, line);
+          return false;
+        }
+        r.kind = Result::Kind::Slot;
+        r.slot = std::move(element);
+        return true;
+      }
+      case Kind::Procedure: {
+        ErrorRef inner;
+        CallResult answer = script.callProcedure(*sub, args.span(), &inner);
+        if (answer.argumentMismatch) {
+          fail(script, kWrongArgumentCount, line);
+          return false;
+        }
+        if (inner) {
+          script.setError(procedureFailure(*inner));
+          return false;
+        }
+        r.kind = Result::Kind::Value;
+        r.value = std::move(answer.value);
+        return true;
+      }
+      case Kind::Method:
+      case Kind::Function:
+        return call(script, kind == Kind::Method, receiver, args, r, line);
+    }
+    return false;
+  }
+
+ private:
+  // What the name means now: a procedure, an array variable, or neither.
+  void resolve(ScriptCore& script) const {
+    const auto& subs = script.getSubs();
+    const uint64_t subsEpoch = subs ? subs->epoch() : 0;
+    if (subsEpoch_ == subsEpoch && varsEpoch_ == script.varsEpoch()) return;
+    sub_ = script.getSubByName(name_);
+    array_ = sub_ ? nullptr : script.getValueForVar(key_);
+    subsEpoch_ = subsEpoch;
+    varsEpoch_ = script.varsEpoch();
+  }
+
+  bool call(ScriptCore& script, bool onReceiver, const ObjectRef& receiver,
+            const Arguments& args, Result& r, const UString& line) const {
+    if (forbidden_) {
+      fail(script, kForbiddenCall, line);
+      return false;
+    }
+    const auto count = static_cast<int32_t>(args.span().size());
+    const MethodInfo* found = nullptr;
+    ObjectRef target;
+    if (onReceiver) {
+      found = receiver ? findMethod(receiver->lxClass(), method_, count) : nullptr;
+      target = receiver;
+    } else {
+      if (objsEpoch_ != script.objsEpoch()) {
+        function_ = nullptr;
+        functionTarget_.reset();
+        script.getSel(&function_, &functionTarget_, method_, count);
+        objsEpoch_ = script.objsEpoch();
+      }
+      found = function_;
+      target = functionTarget_;
+    }
+    if (!found) {
+      script.setError(LxError::make(kFunctionNotFound, line, method_));
+      return false;
+    }
+    CallResult answer;
+    if (!script.sendCounted(*target, *found, args.span(), &answer)) return false;
+    if (answer.argumentMismatch) {
+      fail(script, kWrongArgumentCount, line);
+      return false;
+    }
+    r.kind = Result::Kind::Value;
+    r.value = std::move(answer.value);
+    return true;
+  }
+
+  UString name_;
+  UString key_;
+  UString method_;
+  bool forbidden_ = false;
+  std::unique_ptr<Expression> receiver_;  // for name@(object, ...)
+  std::vector<Item> items_;
+  mutable uint64_t subsEpoch_ = 0;
+  mutable uint64_t varsEpoch_ = 0;
+  mutable std::shared_ptr<LxBasicSub> sub_;
+  mutable ValueRef array_;
+  mutable uint64_t objsEpoch_ = 0;
+  mutable const MethodInfo* function_ = nullptr;
+  mutable ObjectRef functionTarget_;
+};
+
+// One operand of a bracketed condition: NOT, a bracketed value, a comparison or a bare value.
+class Comparison {
+ public:
+  enum class Form { Bracketed, Bare, Compare };
+  enum class Op { Eq, Lt, Gt, Ne, Le, Ge };
+
+  bool invert = false;
+  Form form = Form::Bare;
+  Op op = Op::Eq;
+  std::unique_ptr<Expression> left;  // the bracketed value, the bare value or the left side
+  std::unique_ptr<Expression> right;
+  UString leftText;
+  UString rightText;
+
+  bool run(ScriptCore& script, Registers& regs, const UString& line, bool& truth) const {
+    bool result = false;
+    if (form == Form::Bracketed) {
+      Variant v;
+      const bool have = present(script, left->run(script, regs), v);
+      if (!have && script.hasError()) return false;
+      if (!have || !v.isNumber()) {
+        fail(script, kSyntaxError, line);
+        return false;
+      }
+      result = v.number().toBool();
+    } else if (form == Form::Bare) {
+      Variant v;
+      if (!side(script, regs, line, *left, leftText, v)) return false;
+      result = compareValues(v, Variant::real(0)) == 1;  // only a value above zero is true
+    } else {
+      Variant l;
+      Variant r;
+      if (!side(script, regs, line, *left, leftText, l)) return false;
+      if (!side(script, regs, line, *right, rightText, r)) return false;
+      const int32_t c = compareValues(l, r);
+      switch (op) {
+        case Op::Eq:
+          result = c == 0;
+          break;
+        case Op::Lt:
+          result = c == -1;
+          break;
+        case Op::Gt:
+          result = c == 1;
+          break;
+        case Op::Ne:
+          result = c != 0;
+          break;
+        case Op::Le:
+          result = c == -1 || c == 0;
+          break;
+        case Op::Ge:
+          result = c == 0 || c == 1;
+          break;
+      }
+    }
+    truth = invert ? !result : result;
+    return true;
+  }
+
+ private:
+  static bool side(ScriptCore& script, Registers& regs, const UString& line,
+                   const Expression& e, const UString& text, Variant& out) {
+    if (present(script, e.run(script, regs), out)) return true;
+    if (!script.hasError()) notFound(script, line, text, regs);
+    return false;
+  }
+};
+
+struct ConditionPart {
+  Comparison operand;      // even parts
+  bool validOp = false;    // odd parts: AND or OR
+  bool isAnd = false;
+};
+
+class ConditionStep final : public Step {
+ public:
+  ConditionStep(int32_t reg, std::vector<ConditionPart> parts)
+      : Step(reg), parts_(std::move(parts)) {}
+
+  bool run(ScriptCore& script, Registers& regs, const UString& line) const override {
+    try {
+      bool result = false;
+      for (size_t i = 0; i < parts_.size(); ++i) {
+        if (i % 2 == 1) {
+          if (!parts_[i].validOp || i + 1 >= parts_.size()) {
+            fail(script, kSyntaxError, line);
+            return false;
+          }
+          continue;
+        }
+        bool truth = false;
+        if (!parts_[i].operand.run(script, regs, line, truth)) return bracketFailed(script, line);
+        result = i == 0 ? truth : parts_[i - 1].isAnd ? (result && truth) : (result || truth);
+      }
+      Result& r = regs[reg_];
+      r.kind = Result::Kind::Value;
+      r.value = Variant::int32(result ? 1 : 0);
+      return true;
+    } catch (...) {
+      // Whatever goes wrong inside a condition is a syntax error of the line.
+      fail(script, kSyntaxError, line);
+      return false;
+    }
+  }
+
+ private:
+  std::vector<ConditionPart> parts_;
+};
+
+}  // namespace
+
+bool GroupStep::run(ScriptCore& script, Registers& regs, const UString& line) const {
+  Result r = contents_->run(script, regs);
+  if (r.kind == Result::Kind::None) return bracketFailed(script, line);
+  regs[reg_] = std::move(r);
+  return true;
+}
+
+// ---- the compiler: the rewriting, replayed on the text
+
+class Compiler {
+ public:
+  std::unique_ptr<Expression> expression(UStringView text, bool comparition, bool nested);
+  int32_t registers = 0;
+  std::string reason;
+
+ private:
+  bool reject(const char* why) {
+    if (reason.empty()) reason = why;
+    return false;
+  }
+  bool operand(UStringView text, Operand& out);
+  std::unique_ptr<Step> bracket(const UString& contents, int32_t reg);
+  std::unique_ptr<Step> call(const UString& name, UString contents, int32_t reg);
+  bool comparison(const UString& text, Comparison& out);
+};
+
+bool Compiler::operand(UStringView text, Operand& out) {
+  const UString t = trim(text);
+  out.reg = placeholderRegister(t);
+  if (out.reg >= 0) return true;
+  if (holdsPlaceholder(t)) return reject("an operand runs into a bracket's value");
+  out.leaf = std::make_unique<Leaf>(t);
+  return true;
+}
+
+std::unique_ptr<Expression> Compiler::expression(UStringView text, bool comparition,
+                                                 bool nested) {
+  std::unique_ptr<Expression> e(new Expression());
+  e->original_ = UString(text);
+  UString line(text);
+  if (!comparition) {
+    if (isInlineOperation(line)) {
+      if (nested) {
+        reject("EXIT or CONTINUE inside an expression");
+        return nullptr;
+      }
+      e->inline_ = true;
+      return e;
+    }
+    const int32_t eq = posWithNeedle(u"=", line);
+    if (eq != -1) {
+      UString left = trim(UStringView(line).substr(0, static_cast<size_t>(eq)));
+      if (!left.empty()) {
+        e->assigns_ = true;
+        const size_t open = left.find(u'(');
+        if (open != UString::npos && left.find(u')', open) != UString::npos) {
+          e->targetExpression_ = expression(left, false, true);
+          if (!e->targetExpression_) return nullptr;
+        }
+        e->targetKey_ = upperCase(left);
+        e->targetText_ = std::move(left);
+        line.erase(0, static_cast<size_t>(eq) + 1);
+      }
+    }
+  }
+
+  // Brackets, innermost (last opened) first.
+  for (;;) {
+    const int32_t open = posLastWithNeedle(u"(", line);
+    if (open == -1) {
+      if (posWithNeedle(u")", line) != -1) {
+        e->steps_.push_back(std::make_unique<FailStep>());
+        e->fails_ = true;
+        return e;
+      }
+      break;
+    }
+    const int32_t close = posClosingBracket(line, static_cast<uint32_t>(open) + 1);
+    if (close == -1) {
+      e->steps_.push_back(std::make_unique<FailStep>());
+      e->fails_ = true;
+      return e;
+    }
+    const auto o = static_cast<size_t>(open);
+    const auto c = static_cast<size_t>(close);
+    size_t nameStart = o;
+    while (nameStart > 0 && isNameChar(line[nameStart - 1])) --nameStart;
+    const UString name = trim(UStringView(line).substr(nameStart, o - nameStart));
+    if (holdsPlaceholder(name)) {
+      reject("a bracket follows a bracket");
+      return nullptr;
+    }
+    const UString contents = line.substr(o + 1, c - o - 1);
+    const int32_t reg = registers++;
+    auto step = name.empty() ? bracket(contents, reg) : call(name, contents, reg);
+    if (!step) return nullptr;
+    e->steps_.push_back(std::move(step));
+    line.replace(nameStart, c + 1 - nameStart, placeholder(reg));
+  }
+
+  // Operators: "*", "/", "\" and "^" first, then "+", "-" and "&", each left to right.
+  std::vector<size_t> ops;
+  for (;;) {
+    operatorPositions(line, ops);
+    const size_t which = nextOperator(line, ops);
+    if (which == ops.size()) {
+      if (!operand(line, e->final_)) return nullptr;
+      break;
+    }
+    const size_t at = ops[which];
+    const char16_t op = line[at];
+    const size_t leftStart = which == 0 ? 0 : ops[which - 1] + 1;
+    const size_t rightEnd = which + 1 < ops.size() ? ops[which + 1] : line.size();
+    const UStringView leftText = UStringView(line).substr(leftStart, at - leftStart);
+    const UStringView rightText = UStringView(line).substr(at + 1, rightEnd - at - 1);
+    Operand left;
+    Operand right;
+    if (!operand(leftText, left) || !operand(rightText, right)) return nullptr;
+    const bool unary = (op == u'+' || op == u'-') && trimView(leftText).empty();
+    const int32_t reg = registers++;
+    e->steps_.push_back(std::make_unique<ApplyStep>(reg, op, std::move(left), std::move(right),
+                                                    unary, trim(leftText), trim(rightText)));
+    line.replace(leftStart, rightEnd - leftStart, placeholder(reg));
+  }
+  return e;
+}
+
+std::unique_ptr<Step> Compiler::bracket(const UString& contents, int32_t reg) {
+  const bool condition = contents.find_first_of(u"=<>") != UString::npos ||
+                         findWord(u"NOT", contents) || findWord(u"AND", contents) ||
+                         findWord(u"OR", contents);
+  if (!condition) {
+    auto inner = expression(contents, true, true);
+    if (!inner) return nullptr;
+    return std::make_unique<GroupStep>(reg, std::move(inner));
+  }
+  UString split = replace(u" AND ", u"\nAND\n", contents, 1);
+  split = replace(u" OR ", u"\nOR\n", split, 1);
+  LxBasicStringList lines;
+  lines.setText(Variant(split));
+  std::vector<ConditionPart> parts(lines.count());
+  for (size_t i = 0; i < lines.count(); ++i) {
+    if (i % 2 == 1) {
+      const UString op = upperCase(trim(lines.stringAtIndex(i)));
+      parts[i].validOp = op == u"AND" || op == u"OR";
+      parts[i].isAnd = op == u"AND";
+    } else if (!comparison(lines.stringAtIndex(i), parts[i].operand)) {
+      return nullptr;
+    }
+  }
+  return std::make_unique<ConditionStep>(reg, std::move(parts));
+}
+
+bool Compiler::comparison(const UString& text, Comparison& out) {
+  UString operand = trim(text);
+  UString probe = operand;
+  if (upperCase(getTokenFrom(probe, u" ")) == u"NOT") {
+    out.invert = true;
+    operand = trim(probe);
+  }
+  if (operand.find(u'(') != UString::npos) {
+    out.form = Comparison::Form::Bracketed;
+    out.left = expression(operand, true, true);
+    return out.left != nullptr;
+  }
+  size_t p = operand.find(u'<');
+  if (p == UString::npos) p = operand.find(u'>');
+  if (p == UString::npos) p = operand.find(u'=');
+  if (p == UString::npos) {
+    out.form = Comparison::Form::Bare;
+    out.leftText = trim(operand);
+    out.left = expression(operand, false, true);
+    return out.left != nullptr;
+  }
+  out.form = Comparison::Form::Compare;
+  using Op = Comparison::Op;
+  size_t length = 1;
+  const bool nextUsable = p + 1 < operand.size() - 1;
+  const char16_t sign = operand[p];
+  const char16_t next = nextUsable ? operand[p + 1] : u'\0';
+  if (sign == u'<' && next == u'>') {
+    out.op = Op::Ne, length = 2;
+  } else if (sign == u'<' && next == u'=') {
+    out.op = Op::Le, length = 2;
+  } else if (sign == u'>' && next == u'=') {
+    out.op = Op::Ge, length = 2;
+  } else {
+    out.op = sign == u'<' ? Op::Lt : sign == u'>' ? Op::Gt : Op::Eq;
+  }
+  const UString left = operand.substr(0, p);
+  const UString right = operand.substr(p + length);
+  out.leftText = trim(left);
+  out.rightText = trim(right);
+  out.left = expression(left, false, true);
+  if (!out.left) return false;
+  out.right = expression(right, false, true);
+  return out.right != nullptr;
+}
+
+std::unique_ptr<Step> Compiler::call(const UString& name, UString contents, int32_t reg) {
+  std::unique_ptr<Expression> receiver;
+  if (name.back() == u'@') {
+    receiver = expression(getTokenFrom(contents, u","), false, true);
+    if (!receiver) return nullptr;
+  }
+  std::vector<Item> items;
+  while (!contents.empty()) {
+    UString item = getTokenFrom(contents, u",");
+    auto e = expression(item, false, true);
+    if (!e) return nullptr;
+    items.push_back(Item{std::move(e), trim(item)});
+  }
+  return std::make_unique<CallStep>(reg, name, std::move(receiver), std::move(items));
+}
+
+// ---- running
+
+Expression::Expression() = default;
+Expression::~Expression() = default;
+
+std::unique_ptr<Expression> Expression::compile(UStringView text, bool comparition,
+                                                std::string* reason) {
+  Compiler compiler;
+  std::unique_ptr<Expression> e;
+  if (text.find(u"____") != UStringView::npos) {
+    compiler.reason = "the line names a temporary";
+  } else {
+    e = compiler.expression(text, comparition, false);
+  }
+  if (!e) {
+    if (reason) *reason = compiler.reason;
+    return nullptr;
+  }
+  e->registers_ = compiler.registers;
+  return e;
+}
+
+bool Expression::evaluate(ScriptCore& script, Variant& out) const {
+  Registers regs(registers_);
+  return present(script, run(script, regs), out);
+}
+
+void Expression::execute(ScriptCore& script) const {
+  Registers regs(registers_);
+  run(script, regs);
+}
+
+ValueRef Expression::target(ScriptCore& script, Registers& regs) const {
+  ValueRef slot;
+  const UString* key = &targetKey_;
+  bool cached = !targetExpression_;
+  if (targetExpression_) {
+    Result r = targetExpression_->run(script, regs);
+    if (r.kind == Result::Kind::None && script.hasError()) return nullptr;
+    // The evaluator looks up the name its bracket answered: a temporary that is the element's
+    // slot or holds the value, or a variable's name.
+    if (r.kind == Result::Kind::Slot) return r.slot;
+    if (r.kind == Result::Kind::Value) return LxValue::make(std::move(r.value));
+    static const UString kNone;
+    key = r.kind == Result::Kind::Name ? &r.name->key() : &kNone;
+  }
+  if (cached) {
+    slot = lookupVariable(script, *key, targetCache_);
+  } else {
+    slot = script.getValueForVar(*key);
+  }
+  ScriptCore* root = script.getRootOwner();
+  if (!slot && root != &script) {
+    slot = cached ? lookupVariable(*root, *key, rootTargetCache_) : root->getValueForVar(*key);
+  }
+  if (!slot) script.setError(LxError::make(kVariableNotFound, original_, targetText_));
+  return slot;
+}
+
+Result Expression::single(ScriptCore& script, Registers& regs) const {
+  const Leaf* leaf = final_.leaf.get();
+  if (!leaf) {
+    Result& r = regs[final_.reg];
+    if (r.kind != Result::Kind::Name) return std::move(r);
+    leaf = r.name;
+  }
+  // A line that is just a variable's name answers that name; anything else is read now.
+  if (leaf->variable(script)) return Result{Result::Kind::Name, {}, nullptr, leaf};
+  Result out;
+  if (!leaf->read(script, out.value)) {
+    if (!script.hasError()) {
+      script.setError(LxError::make(kVariableNotFound, original_, leaf->text()));
+    }
+    return out;
+  }
+  out.kind = Result::Kind::Value;
+  return out;
+}
+
+ValueRef Expression::evaluateSlot(ScriptCore& script) const {
+  Registers regs(registers_);
+  Result r = run(script, regs);
+  switch (r.kind) {
+    case Result::Kind::Slot:
+      return std::move(r.slot);
+    case Result::Kind::Value:
+      return LxValue::make(std::move(r.value));
+    case Result::Kind::Name:
+      if (const ValueRef& slot = r.name->variable(script)) return slot;
+      if (Variant v; r.name->read(script, v)) return LxValue::make(std::move(v));
+      return nullptr;
+    case Result::Kind::None:
+      break;
+  }
+  return nullptr;
+}
+
+Result Expression::run(ScriptCore& script, Registers& regs) const {
+  if (inline_) {
+    script.parseInlineOps(original_);
+    return {};
+  }
+  ValueRef slot;
+  if (assigns_) {
+    slot = target(script, regs);
+    if (!slot) return {};
+  }
+  for (const auto& step : steps_) {
+    if (!step->run(script, regs, original_)) return {};
+  }
+  Result result = single(script, regs);
+  if (!assigns_ || result.kind == Result::Kind::None) return result;
+  if (script.isLoopVariable(slot.get())) {
+    fail(script, kLoopVariableChange, original_);
+    return {};
+  }
+  if (slot->constant()) {
+    fail(script, kReadOnlyAssignment, original_);
+    return {};
+  }
+  Variant v;
+  if (readResult(script, result, v)) slot->setData(std::move(v));
+  return result;
+}
+
+}  // namespace lx::compiled

@@ -1,0 +1,92 @@
+// The compiled form of one evaluation of a text by the rewriting evaluator (parseLine).
+//
+// Compiling replays the rewriting on the text itself, with the same scanning functions, and
+// records what it would evaluate in the order it would evaluate it: each bracket, innermost
+// (last opened) first, then each operator. Where the evaluator puts the name of a temporary
+// into the text, the compiler puts a placeholder of the same shape and later reads it as a
+// register. Running the compiled form then does what the evaluator would do, without the text.
+//
+// What the evaluator decides from the script's state (is this name a procedure, a variable,
+// a method?) stays a decision made when the line runs, in the same order.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "compiler/leaf.h"
+#include "lxbasic/value.h"
+#include "lxbasic/variant.h"
+
+namespace lx {
+class ScriptCore;
+}
+
+namespace lx::compiled {
+
+// What the evaluator would have left in the text for a bracket or an operator.
+struct Result {
+  enum class Kind : uint8_t { None, Value, Slot, Name };
+  Kind kind = Kind::None;
+  Variant value;              // Value: a temporary holding this value
+  ValueRef slot;              // Slot: a temporary that is an array element, read when used
+  const Leaf* name = nullptr;  // Name: a variable's name put back into the text
+};
+
+class Registers;
+class Step;
+
+// Either an operand text or the register of an earlier bracket or operator.
+struct Operand {
+  std::unique_ptr<Leaf> leaf;
+  int32_t reg = -1;
+};
+
+class Expression {
+ public:
+  ~Expression();
+  Expression(const Expression&) = delete;
+  Expression& operator=(const Expression&) = delete;
+
+  // nullptr when the text holds something the compiled form does not reproduce exactly; the
+  // reason then says what.
+  static std::unique_ptr<Expression> compile(UStringView text, bool comparition,
+                                             std::string* reason);
+
+  // The value the evaluator's answer names (what getValue of parseLine's answer gives), or
+  // false when there is none (an error is then normally set).
+  bool evaluate(ScriptCore& script, Variant& out) const;
+  // The same as a slot: a variable's own slot when the answer is its name.
+  ValueRef evaluateSlot(ScriptCore& script) const;
+  // parseLine's effect alone; the answer is dropped.
+  void execute(ScriptCore& script) const;
+  // One run inside the register file of the outermost expression (brackets and arguments
+  // are expressions of their own that share it).
+  Result run(ScriptCore& script, Registers& regs) const;
+
+ private:
+  friend class Compiler;
+  Expression();
+  Result single(ScriptCore& script, Registers& regs) const;
+  ValueRef target(ScriptCore& script, Registers& regs) const;
+
+  UString original_;
+  bool inline_ = false;  // EXIT or CONTINUE
+  bool assigns_ = false;
+  UString targetText_;  // trimmed text left of "="
+  UString targetKey_;
+  mutable VariableCache targetCache_;
+  mutable VariableCache rootTargetCache_;
+  std::unique_ptr<Expression> targetExpression_;  // a target with brackets
+  std::vector<std::unique_ptr<Step>> steps_;
+  bool fails_ = false;  // the steps end in a syntax error
+  Operand final_;
+  int32_t registers_ = 0;  // of the whole tree, on the outermost expression
+};
+
+// Reads what an operand stands for when an operator or a call takes it.
+bool readOperand(ScriptCore& script, const Operand& o, Registers& regs, Variant& out);
+// getValue of a name that parseLine answered.
+bool readResult(ScriptCore& script, const Result& r, Variant& out);
+
+}  // namespace lx::compiled

@@ -1,0 +1,116 @@
+#include "compiler/leaf.h"
+
+#include "foundation/scanning.h"
+#include "interpreter/rewriting.h"
+#include "interpreter/script_core.h"
+#include "lxbasic/text.h"
+
+namespace lx::compiled {
+
+namespace {
+
+const ValueRef kNoSlot;
+
+}  // namespace
+
+const ValueRef& lookupVariable(ScriptCore& script, const UString& key, VariableCache& cache) {
+  if (cache.epoch != script.varsEpoch()) {
+    auto& vars = script.getVars();
+    auto it = vars.find(key);
+    cache.slot = it == vars.end() ? nullptr : it->second;
+    cache.epoch = script.varsEpoch();
+  }
+  return cache.slot;
+}
+
+Leaf::Leaf(UStringView text) : text_(trim(text)), upper_(upperCase(text_)) {
+  // Every name in a variable table passed checkVarName, so other texts never name one.
+  mayBeVariable_ = checkVarName(upper_);
+  mayBeMethod_ = !text_.empty() && !isForbiddenMethodName(upper_);
+  if (!text_.empty()) {
+    const bool first = text_.front() == u'"';
+    const bool last = text_.back() == u'"';
+    if (first != last) {
+      badQuote_ = true;
+      return;
+    }
+    if (first) {
+      UString inner = text_.size() >= 2 ? text_.substr(1, text_.size() - 2) : UString();
+      literal_ = Variant(replace(u"\"\"", u"\"", inner, 2));
+      hasLiteral_ = true;
+      return;
+    }
+    if (text_.size() >= 3 && text_[0] == u'&') {
+      if (text_[1] == u'H' || text_[1] == u'h') {
+        literal_ = radixLiteral(UStringView(text_).substr(2), 16);
+        hasLiteral_ = true;
+        return;
+      }
+      if (text_[1] == u'O' || text_[1] == u'o') {
+        literal_ = radixLiteral(UStringView(text_).substr(2), 8);
+        hasLiteral_ = true;
+        return;
+      }
+    }
+  }
+  double number = 0;
+  if (scanNumber(text_, &number)) {
+    hasNumber_ = true;
+    literal_ = Variant::real(number);
+  }
+}
+
+const ValueRef& Leaf::variable(ScriptCore& script) const {
+  if (!mayBeVariable_ || text_.empty()) return kNoSlot;
+  return lookupVariable(script, upper_, variable_);
+}
+
+bool Leaf::callMethod(ScriptCore& script, Variant& out, bool& found) const {
+  if (methodEpoch_ != script.objsEpoch()) {
+    method_ = nullptr;
+    target_.reset();
+    script.getSel(&method_, &target_, text_, 0);
+    methodEpoch_ = script.objsEpoch();
+  }
+  found = method_ != nullptr;
+  if (!found) return false;
+  // Held for the call: the method may change the script's object list.
+  ObjectRef target = target_;
+  CallResult r;
+  if (!script.sendCounted(*target, *method_, {}, &r)) return false;
+  if (r.argumentMismatch) {
+    script.setError(LxError::make(kWrongArgumentCount));
+    return false;
+  }
+  out = std::move(r.value);
+  return true;
+}
+
+bool Leaf::read(ScriptCore& script, Variant& out) const {
+  if (mayBeVariable_) {
+    if (const ValueRef& slot = lookupVariable(script, upper_, variable_)) {
+      out = slot->data();
+      return true;
+    }
+  }
+  if (badQuote_) {
+    script.setError(LxError::make(kSyntaxError));
+    return false;
+  }
+  if (hasLiteral_) {
+    out = literal_;
+    return true;
+  }
+  if (mayBeMethod_) {
+    bool found = false;
+    const bool answered = callMethod(script, out, found);
+    if (found) return answered;
+  }
+  if (hasNumber_) {
+    out = literal_;
+    return true;
+  }
+  return false;
+}
+
+}  // namespace lx::compiled

@@ -1,0 +1,57 @@
+// One operand text of a compiled line: what the rewriting evaluator would hand to getValue.
+// Everything the text alone decides (literals, numbers, whether it can name a variable) is
+// worked out once; what depends on the script (variables, zero-argument methods) is looked up
+// when the operand is read and remembered for as long as the table it came from is unchanged.
+#pragma once
+
+#include <cstdint>
+
+#include "lxbasic/bridge.h"
+#include "lxbasic/value.h"
+#include "lxbasic/variant.h"
+
+namespace lx {
+class ScriptCore;
+}
+
+namespace lx::compiled {
+
+// A variable looked up once and remembered with the epoch of the table it was found in.
+struct VariableCache {
+  uint64_t epoch = 0;
+  ValueRef slot;
+};
+// The slot the upper-cased name has in the script's own table, or nullptr.
+const ValueRef& lookupVariable(ScriptCore& script, const UString& key, VariableCache& cache);
+
+class Leaf {
+ public:
+  explicit Leaf(UStringView text);
+
+  // getValue's rules, in its order: the variable's value, a string or radix literal, a
+  // zero-argument method's answer, a number. False when the text is none of these; an error
+  // may then be set (a lone quote, a failed method call).
+  bool read(ScriptCore& script, Variant& out) const;
+  // The variable the text names right now; nullptr for an empty text or no variable.
+  const ValueRef& variable(ScriptCore& script) const;
+  const UString& text() const noexcept { return text_; }
+  const UString& key() const noexcept { return upper_; }
+
+ private:
+  bool callMethod(ScriptCore& script, Variant& out, bool& found) const;
+
+  UString text_;   // trimmed
+  UString upper_;  // the variable table's key
+  bool mayBeVariable_ = false;
+  bool badQuote_ = false;
+  bool hasLiteral_ = false;  // a string or radix literal: decided before methods
+  bool mayBeMethod_ = false;
+  bool hasNumber_ = false;  // a number: decided after methods
+  Variant literal_;
+  mutable VariableCache variable_;
+  mutable uint64_t methodEpoch_ = 0;
+  mutable const MethodInfo* method_ = nullptr;
+  mutable ObjectRef target_;
+};
+
+}  // namespace lx::compiled

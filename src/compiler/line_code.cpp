@@ -1,0 +1,82 @@
+#include "compiler/line_code.h"
+
+#include "interpreter/loops.h"
+
+namespace lx::compiled {
+
+namespace {
+
+std::unique_ptr<Expression> compilePiece(const UString& text, TextMode mode, std::string* why) {
+  if (mode == TextMode::Condition) return Expression::compile(bracketed(text), true, why);
+  return Expression::compile(text, false, why);
+}
+
+}  // namespace
+
+const Expression* LineCode::piece(const UString& text, TextMode mode) {
+  for (const Piece& p : pieces_) {
+    if (p.mode == mode && p.text == text) return p.code.get();
+  }
+  std::string why;
+  pieces_.push_back(Piece{mode, text, compilePiece(text, mode, &why)});
+  return pieces_.back().code.get();
+}
+
+bool LineCode::require(const UString& text, TextMode mode) {
+  if (text.empty() || reference_) return !reference_;
+  std::string why;
+  auto code = compilePiece(text, mode, &why);
+  if (!code) {
+    reference_ = true;
+    reason_ = why;
+    return false;
+  }
+  pieces_.push_back(Piece{mode, text, std::move(code)});
+  return true;
+}
+
+std::unique_ptr<LineCode> LineCode::compile(LineKind kind, const UString& text) {
+  auto line = std::make_unique<LineCode>();
+  switch (kind) {
+    case kOther:
+      line->require(text, TextMode::Statement);
+      break;
+    case kIf:
+      line->ifParts = splitIf(text);
+      if (line->ifParts.hasThen) line->require(line->ifParts.condition, TextMode::Condition);
+      line->require(line->ifParts.thenPart, TextMode::Statement);
+      line->require(line->ifParts.elsePart, TextMode::Statement);
+      break;
+    case kFor:
+      line->forParts = splitFor(text);
+      line->require(line->forParts.start, TextMode::Statement);
+      line->require(line->forParts.limit, TextMode::Statement);
+      line->require(line->forParts.step, TextMode::Statement);
+      break;
+    case kNext:
+    case kWEnd:
+    case kElse:
+      line->trailing = !afterFirstWord(text).empty();
+      break;
+    case kEndIf:
+      line->trailing = !afterEndIf(text).empty();
+      break;
+    case kWhile:
+      line->rest = bracketed(afterFirstWord(text));
+      line->require(line->rest, TextMode::Condition);
+      break;
+    case kDo:
+    case kLoop:
+      line->rest = afterFirstWord(text);
+      break;
+    default:
+      // Declarations, ON ERROR and the block keywords run as they are: they are read once
+      // per pass and evaluate little.
+      line->reference_ = true;
+      line->reason_ = "a declaration or block statement";
+      break;
+  }
+  return line;
+}
+
+}  // namespace lx::compiled

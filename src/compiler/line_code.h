@@ -1,0 +1,48 @@
+// The compiled form of one prepared line: the texts its handler evaluates, compiled once, and
+// the parts of its statement that the handler would otherwise cut out of the text each time.
+// A line that cannot be compiled exactly is marked for the reference evaluator as a whole.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "compiler/expression.h"
+#include "interpreter/line_kind.h"
+
+namespace lx::compiled {
+
+class LineCode {
+ public:
+  static std::unique_ptr<LineCode> compile(LineKind kind, const UString& text);
+
+  // True when the whole line runs on the reference evaluator; reason() says why.
+  bool reference() const noexcept { return reference_; }
+  const std::string& reason() const noexcept { return reason_; }
+
+  // The compiled form of a text the handler evaluates, compiled when first asked for;
+  // nullptr when that text must go to the reference evaluator.
+  const Expression* piece(const UString& text, TextMode mode);
+  // The line itself as a statement (assignments, calls, EXIT and CONTINUE).
+  const Expression* statement() const noexcept { return pieces_.front().code.get(); }
+
+  IfParts ifParts;
+  ForParts forParts;
+  bool trailing = false;  // NEXT, WEND, ELSE, END IF followed by more text
+  UString rest;           // WHILE's bracketed condition; DO's and LOOP's words after the keyword
+
+ private:
+  struct Piece {
+    TextMode mode;
+    UString text;
+    std::unique_ptr<Expression> code;
+  };
+  // Compiles a piece the line cannot do without; false marks the line for the reference.
+  bool require(const UString& text, TextMode mode);
+
+  std::vector<Piece> pieces_;
+  bool reference_ = false;
+  std::string reason_;
+};
+
+}  // namespace lx::compiled
