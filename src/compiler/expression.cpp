@@ -1,6 +1,7 @@
 #include "compiler/expression.h"
 
 #include <array>
+#include <memory>
 
 #include "foundation/scanning.h"
 #include "interpreter/procedures.h"
@@ -15,14 +16,22 @@ namespace lx::compiled {
 // only a few, which then live on the stack.
 class Registers {
  public:
-  explicit Registers(int32_t n)
-      : heap_(n > kInline ? std::make_unique<Result[]>(static_cast<size_t>(n)) : nullptr),
-        data_(heap_ ? heap_.get() : inline_.data()) {}
+  explicit Registers(int32_t n) : n_(n) {
+    if (n > kInline) heap_ = std::make_unique<Result[]>(static_cast<size_t>(n));
+    data_ = heap_ ? heap_.get() : reinterpret_cast<Result*>(storage_);
+    if (!heap_) std::uninitialized_default_construct_n(data_, n);
+  }
+  ~Registers() {
+    if (!heap_) std::destroy_n(data_, n_);
+  }
+  Registers(const Registers&) = delete;
+  Registers& operator=(const Registers&) = delete;
   Result& operator[](int32_t i) { return data_[i]; }
 
  private:
   static constexpr int32_t kInline = 6;
-  std::array<Result, kInline> inline_;
+  int32_t n_;
+  alignas(Result) unsigned char storage_[kInline * sizeof(Result)];
   std::unique_ptr<Result[]> heap_;
   Result* data_;
 };
@@ -85,13 +94,13 @@ void notFound(ScriptCore& script, const UString& line, UStringView text, Registe
 }
 
 // parseLine answered a name, and getValue of it gives this.
-bool present(ScriptCore& script, const Result& r, Variant& out) {
+bool present(ScriptCore& script, const Result& r, Held& out) {
   return r.kind != Result::Kind::None && readResult(script, r, out);
 }
 
 // An Empty value travels into a call as the null object.
-Variant argument(Variant v) {
-  return v.isEmpty() ? Variant(nullObject()) : std::move(v);
+Variant argument(const Variant& v) {
+  return v.isEmpty() ? Variant(nullObject()) : v;
 }
 
 // Call arguments; few enough to live on the stack in nearly every call.
@@ -119,13 +128,13 @@ class Arguments {
 
 }  // namespace
 
-bool readResult(ScriptCore& script, const Result& r, Variant& out) {
+bool readResult(ScriptCore& script, const Result& r, Held& out) {
   switch (r.kind) {
     case Result::Kind::Value:
-      out = r.value;
+      out.point(r.value);
       return true;
     case Result::Kind::Slot:
-      out = r.slot->data();
+      out.slot(r.slot);
       return true;
     case Result::Kind::Name:
       return r.name->read(script, out);
@@ -135,7 +144,7 @@ bool readResult(ScriptCore& script, const Result& r, Variant& out) {
   return false;
 }
 
-bool readOperand(ScriptCore& script, const Operand& o, Registers& regs, Variant& out) {
+bool readOperand(ScriptCore& script, const Operand& o, Registers& regs, Held& out) {
   if (o.leaf) return o.leaf->read(script, out);
   return readResult(script, regs[o.reg], out);
 }
@@ -185,13 +194,14 @@ class ApplyStep final : public Step {
         rightText_(std::move(rightText)) {}
 
   bool run(ScriptCore& script, Registers& regs, const UString& line) const override {
-    Variant left;
-    Variant right;
+    static const Variant kZero = Variant::real(0);
+    Held left;
+    Held right;
     bool haveLeft = readOperand(script, left_, regs, left);
     if (!haveLeft && script.hasError()) return false;
     // A sign with nothing before it is unary: the left value is 0.
     if (!haveLeft && unary_) {
-      left = Variant::real(0);
+      left.point(kZero);
       haveLeft = true;
     }
     if (!haveLeft) {
@@ -204,7 +214,7 @@ class ApplyStep final : public Step {
     }
     Result& r = regs[reg_];
     r.kind = Result::Kind::Value;
-    r.value = script.operate(op_, left, right);
+    r.value = script.operate(op_, left.value(), right.value());
     return true;
   }
 
@@ -254,10 +264,10 @@ class CallStep final : public Step {
     ValueRef array;
     if (receiver_) {
       kind = Kind::Method;
-      Variant v;
+      Held v;
       const bool have = present(script, receiver_->run(script, regs), v);
       if (!have && script.hasError()) return bracketFailed(script, line);
-      if (have && v.isObject()) receiver = v.object();
+      if (have && v.value().isObject()) receiver = v.value().object();
     } else {
       resolve(script);
       sub = sub_;
@@ -267,12 +277,12 @@ class CallStep final : public Step {
 
     Arguments args;
     for (const Item& item : items_) {
-      Variant v;
+      Held v;
       if (!present(script, item.expression->run(script, regs), v)) {
         if (!script.hasError()) notFound(script, line, item.text, regs);
         return bracketFailed(script, line);
       }
-      args.push(argument(std::move(v)));
+      args.push(argument(v.value()));
     }
 
     Result& r = regs[reg_];
@@ -390,24 +400,25 @@ class Comparison {
   bool run(ScriptCore& script, Registers& regs, const UString& line, bool& truth) const {
     bool result = false;
     if (form == Form::Bracketed) {
-      Variant v;
+      Held v;
       const bool have = present(script, left->run(script, regs), v);
       if (!have && script.hasError()) return false;
-      if (!have || !v.isNumber()) {
+      if (!have || !v.value().isNumber()) {
         fail(script, kSyntaxError, line);
         return false;
       }
-      result = v.number().toBool();
+      result = v.value().number().toBool();
     } else if (form == Form::Bare) {
-      Variant v;
+      static const Variant kZero = Variant::real(0);
+      Held v;
       if (!side(script, regs, line, *left, leftText, v)) return false;
-      result = compareValues(v, Variant::real(0)) == 1;  // only a value above zero is true
+      result = compareValues(v.value(), kZero) == 1;  // only a value above zero is true
     } else {
-      Variant l;
-      Variant r;
+      Held l;
+      Held r;
       if (!side(script, regs, line, *left, leftText, l)) return false;
       if (!side(script, regs, line, *right, rightText, r)) return false;
-      const int32_t c = compareValues(l, r);
+      const int32_t c = compareValues(l.value(), r.value());
       switch (op) {
         case Op::Eq:
           result = c == 0;
@@ -435,7 +446,7 @@ class Comparison {
 
  private:
   static bool side(ScriptCore& script, Registers& regs, const UString& line,
-                   const Expression& e, const UString& text, Variant& out) {
+                   const Expression& e, const UString& text, Held& out) {
     if (present(script, e.run(script, regs), out)) return true;
     if (!script.hasError()) notFound(script, line, text, regs);
     return false;
@@ -724,12 +735,15 @@ std::unique_ptr<Expression> Expression::compile(UStringView text, bool compariti
 
 bool Expression::evaluate(ScriptCore& script, Variant& out) const {
   Registers regs(registers_);
-  return present(script, run(script, regs), out);
+  Held held;
+  if (!present(script, run(script, regs), held)) return false;
+  out = held.value();
+  return true;
 }
 
 void Expression::execute(ScriptCore& script) const {
   Registers regs(registers_);
-  run(script, regs);
+  runStatement(script, regs);
 }
 
 ValueRef Expression::target(ScriptCore& script, Registers& regs) const {
@@ -768,15 +782,14 @@ Result Expression::single(ScriptCore& script, Registers& regs) const {
   }
   // A line that is just a variable's name answers that name; anything else is read now.
   if (leaf->variable(script)) return Result{Result::Kind::Name, {}, nullptr, leaf};
-  Result out;
-  if (!leaf->read(script, out.value)) {
+  Held held;
+  if (!leaf->read(script, held)) {
     if (!script.hasError()) {
       script.setError(LxError::make(kVariableNotFound, original_, leaf->text()));
     }
-    return out;
+    return {};
   }
-  out.kind = Result::Kind::Value;
-  return out;
+  return Result{Result::Kind::Value, held.value(), nullptr, nullptr};
 }
 
 ValueRef Expression::evaluateSlot(ScriptCore& script) const {
@@ -789,12 +802,51 @@ ValueRef Expression::evaluateSlot(ScriptCore& script) const {
       return LxValue::make(std::move(r.value));
     case Result::Kind::Name:
       if (const ValueRef& slot = r.name->variable(script)) return slot;
-      if (Variant v; r.name->read(script, v)) return LxValue::make(std::move(v));
+      if (Held v; r.name->read(script, v)) return LxValue::make(v.value());
       return nullptr;
     case Result::Kind::None:
       break;
   }
   return nullptr;
+}
+
+bool Expression::checkTarget(ScriptCore& script, const LxValue& slot) const {
+  if (script.isLoopVariable(&slot)) {
+    fail(script, kLoopVariableChange, original_);
+    return false;
+  }
+  if (slot.constant()) {
+    fail(script, kReadOnlyAssignment, original_);
+    return false;
+  }
+  return true;
+}
+
+void Expression::runStatement(ScriptCore& script, Registers& regs) const {
+  // An assignment whose value was computed last goes straight into its target.
+  if (!assigns_ || final_.leaf || inline_ || fails_) {
+    run(script, regs);
+    return;
+  }
+  ValueRef slot = target(script, regs);
+  if (!slot) return;
+  for (const auto& step : steps_) {
+    if (!step->run(script, regs, original_)) return;
+  }
+  Result& r = regs[final_.reg];
+  if (r.kind == Result::Kind::Name) {
+    Result result = single(script, regs);
+    if (result.kind == Result::Kind::None || !checkTarget(script, *slot)) return;
+    Held v;
+    if (readResult(script, result, v)) slot->setData(v.value());
+    return;
+  }
+  if (!checkTarget(script, *slot)) return;
+  if (r.kind == Result::Kind::Value) {
+    slot->setData(std::move(r.value));
+  } else {
+    slot->setData(r.slot->data());
+  }
 }
 
 Result Expression::run(ScriptCore& script, Registers& regs) const {
@@ -812,16 +864,9 @@ Result Expression::run(ScriptCore& script, Registers& regs) const {
   }
   Result result = single(script, regs);
   if (!assigns_ || result.kind == Result::Kind::None) return result;
-  if (script.isLoopVariable(slot.get())) {
-    fail(script, kLoopVariableChange, original_);
-    return {};
-  }
-  if (slot->constant()) {
-    fail(script, kReadOnlyAssignment, original_);
-    return {};
-  }
-  Variant v;
-  if (readResult(script, result, v)) slot->setData(std::move(v));
+  if (!checkTarget(script, *slot)) return {};
+  Held v;
+  if (readResult(script, result, v)) slot->setData(v.value());
   return result;
 }
 

@@ -63,12 +63,15 @@ class Expression {
   // One run inside the register file of the outermost expression (brackets and arguments
   // are expressions of their own that share it).
   Result run(ScriptCore& script, Registers& regs) const;
+  // The same for a statement whose answer nobody reads.
+  void runStatement(ScriptCore& script, Registers& regs) const;
 
  private:
   friend class Compiler;
   Expression();
   Result single(ScriptCore& script, Registers& regs) const;
   ValueRef target(ScriptCore& script, Registers& regs) const;
+  bool checkTarget(ScriptCore& script, const LxValue& slot) const;
 
   UString original_;
   bool inline_ = false;  // EXIT or CONTINUE
@@ -85,8 +88,8 @@ class Expression {
 };
 
 // Reads what an operand stands for when an operator or a call takes it.
-bool readOperand(ScriptCore& script, const Operand& o, Registers& regs, Variant& out);
+bool readOperand(ScriptCore& script, const Operand& o, Registers& regs, Held& out);
 // getValue of a name that parseLine answered.
-bool readResult(ScriptCore& script, const Result& r, Variant& out);
+bool readResult(ScriptCore& script, const Result& r, Held& out);
 
 }  // namespace lx::compiled

@@ -65,7 +65,11 @@ const ValueRef& Leaf::variable(ScriptCore& script) const {
   return lookupVariable(script, upper_, variable_);
 }
 
-bool Leaf::callMethod(ScriptCore& script, Variant& out, bool& found) const {
+bool Leaf::callMethod(ScriptCore& script, Held& out, bool& found) const {
+  if (methodEpoch_ == script.objsEpoch() && !method_) {
+    found = false;
+    return false;
+  }
   if (methodEpoch_ != script.objsEpoch()) {
     method_ = nullptr;
     target_.reset();
@@ -82,14 +86,18 @@ bool Leaf::callMethod(ScriptCore& script, Variant& out, bool& found) const {
     script.setError(LxError::make(kWrongArgumentCount));
     return false;
   }
-  out = std::move(r.value);
+  out.own(std::move(r.value));
   return true;
 }
 
-bool Leaf::read(ScriptCore& script, Variant& out) const {
+uint64_t Leaf::epochOf(const ScriptCore& script) noexcept {
+  return script.varsEpoch();
+}
+
+bool Leaf::readSlow(ScriptCore& script, Held& out) const {
   if (mayBeVariable_) {
     if (const ValueRef& slot = lookupVariable(script, upper_, variable_)) {
-      out = slot->data();
+      out.slot(slot);
       return true;
     }
   }
@@ -98,7 +106,7 @@ bool Leaf::read(ScriptCore& script, Variant& out) const {
     return false;
   }
   if (hasLiteral_) {
-    out = literal_;
+    out.point(literal_);
     return true;
   }
   if (mayBeMethod_) {
@@ -107,7 +115,7 @@ bool Leaf::read(ScriptCore& script, Variant& out) const {
     if (found) return answered;
   }
   if (hasNumber_) {
-    out = literal_;
+    out.point(literal_);
     return true;
   }
   return false;

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "lxbasic/bridge.h"
 #include "lxbasic/value.h"
@@ -15,6 +16,30 @@ class ScriptCore;
 }
 
 namespace lx::compiled {
+
+// What getValue answers for an operand: a slot, whose data an operator reads when it runs.
+// A variable's slot is held, not copied; literals and registers outlive the evaluation.
+class Held {
+ public:
+  Held() = default;
+  Held(const Held&) = delete;
+  Held& operator=(const Held&) = delete;
+  const Variant& value() const noexcept { return *value_; }
+  void slot(const ValueRef& s) {
+    hold_ = s;
+    value_ = &s->data();
+  }
+  void point(const Variant& v) noexcept { value_ = &v; }
+  void own(Variant v) {
+    own_.emplace(std::move(v));
+    value_ = &*own_;
+  }
+
+ private:
+  const Variant* value_ = nullptr;
+  ValueRef hold_;
+  std::optional<Variant> own_;  // rarely used: an optional costs nothing to destroy empty
+};
 
 // A variable looked up once and remembered with the epoch of the table it was found in.
 struct VariableCache {
@@ -31,14 +56,23 @@ class Leaf {
   // getValue's rules, in its order: the variable's value, a string or radix literal, a
   // zero-argument method's answer, a number. False when the text is none of these; an error
   // may then be set (a lone quote, a failed method call).
-  bool read(ScriptCore& script, Variant& out) const;
+  bool read(ScriptCore& script, Held& out) const {
+    // The common case first: a variable found at the last look, in an unchanged table.
+    if (mayBeVariable_ && variable_.slot && variable_.epoch == epochOf(script)) {
+      out.slot(variable_.slot);
+      return true;
+    }
+    return readSlow(script, out);
+  }
   // The variable the text names right now; nullptr for an empty text or no variable.
   const ValueRef& variable(ScriptCore& script) const;
   const UString& text() const noexcept { return text_; }
   const UString& key() const noexcept { return upper_; }
 
  private:
-  bool callMethod(ScriptCore& script, Variant& out, bool& found) const;
+  bool readSlow(ScriptCore& script, Held& out) const;
+  bool callMethod(ScriptCore& script, Held& out, bool& found) const;
+  static uint64_t epochOf(const ScriptCore& script) noexcept;
 
   UString text_;   // trimmed
   UString upper_;  // the variable table's key

@@ -77,17 +77,15 @@ ScriptCore::PreparedLine::~PreparedLine() = default;
 ScriptCore::PreparedLine::PreparedLine(PreparedLine&&) noexcept = default;
 ScriptCore::PreparedLine& ScriptCore::PreparedLine::operator=(PreparedLine&&) noexcept = default;
 
-compiled::LineCode* ScriptCore::codeFor(PreparedLine& line) {
-  if (!line.code) {
-    line.code = compiled::LineCode::compile(static_cast<LineKind>(line.kind), line.text);
-    if (line.code->reference()) {
-      ScriptCore* root = getRootOwner();
-      std::lock_guard lock(root->statsMutex_);
-      auto& fallbacks = root->stats_.fallbacks;
-      if (fallbacks.size() < 100) fallbacks.emplace_back(line.scriptLine + 1, line.code->reason());
-    }
+compiled::LineCode* ScriptCore::compileLine(PreparedLine& line) {
+  line.code = compiled::LineCode::compile(static_cast<LineKind>(line.kind), line.text);
+  if (line.code->reference()) {
+    ScriptCore* root = getRootOwner();
+    std::lock_guard lock(root->statsMutex_);
+    auto& fallbacks = root->stats_.fallbacks;
+    if (fallbacks.size() < 100) fallbacks.emplace_back(line.scriptLine + 1, line.code->reason());
   }
-  return line.code->reference() ? nullptr : line.code.get();
+  return line.code.get();
 }
 
 void ScriptCore::mainLoop() {
@@ -104,6 +102,7 @@ void ScriptCore::mainLoop() {
     currentScriptLine_.store(line.scriptLine, std::memory_order_relaxed);
     if (line.kind == kEmpty || line.kind == kRem) continue;
     currentCode_ = compiled ? codeFor(line) : nullptr;
+    if (currentCode_ && currentCode_->reference()) currentCode_ = nullptr;
     ++(currentCode_ ? compiledLines : referenceLines);
     executeLine(line);
     if (!_tmps.empty()) clearTmpVars();

@@ -93,6 +93,21 @@ ValueRef ScriptCore::operateWithSign(char16_t op, const LxValue& a, const LxValu
 }
 
 Variant ScriptCore::operate(char16_t op, const Variant& a, const Variant& b) {
+  // Two numbers: the common case, answered before the kind rules below (which give the same).
+  if (a.isNumber() && b.isNumber()) {
+    const double x = a.number().toDouble();
+    const double y = b.number().toDouble();
+    switch (op) {
+      case u'+':
+        return Variant::real(x + y);
+      case u'-':
+        return Variant::real(x - y);
+      case u'*':
+        return Variant::real(x * y);
+      default:
+        break;
+    }
+  }
   const ValueKind ka = a.kind();
   const ValueKind kb = b.kind();
   const bool textual =

@@ -90,6 +90,16 @@ LoopJump readLoopJump(const UString& line) {
 
 }  // namespace
 
+LxValue* LxBasicFor::slotIn(const ScriptCore& script) const {
+  if (epoch_ != script.varsEpoch()) {
+    // The record keeps the name upper-cased: the table's key as it is.
+    auto it = script._vars.find(var_);
+    slot_ = it == script._vars.end() ? nullptr : it->second.get();
+    epoch_ = script.varsEpoch();
+  }
+  return slot_;
+}
+
 void LxBasicFor::forceEnd(ScriptCore& script) {
   script.addVarWithName(var(), Variant::int32(max()));
 }
@@ -106,9 +116,7 @@ bool ScriptCore::isLoopVariable(const LxValue* slot) const {
   if (!slot) return false;
   for (const auto& loop : _loops) {
     if (loop->kind() != LoopKind::For) continue;
-    // The record keeps the name upper-cased: the table's key as it is.
-    auto it = _vars.find(static_cast<const LxBasicFor&>(*loop).var());
-    if (it != _vars.end() && it->second.get() == slot) return true;
+    if (static_cast<const LxBasicFor&>(*loop).slotIn(*this) == slot) return true;
   }
   return false;
 }
@@ -175,9 +183,7 @@ void ScriptCore::runNext(bool trailing) {
   if (trailing) return fail(*this, kSyntaxError);
   auto* loop = innermost<LxBasicFor>(*this, LoopKind::For);
   if (!loop) return fail(*this, kNextWithoutFor);
-  // The record keeps the name upper-cased: the table's key as it is.
-  auto it = _vars.find(loop->var());
-  LxValue* slot = it == _vars.end() ? nullptr : it->second.get();
+  LxValue* slot = loop->slotIn(*this);
   if (!slot || slot->type() != ValueKind::Number) return fail(*this, kVariableTypeError);
   // 32-bit arithmetic that wraps instead of overflowing.
   const auto next = static_cast<int32_t>(static_cast<uint32_t>(slot->data().number().toInt32()) +

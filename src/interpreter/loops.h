@@ -58,8 +58,13 @@ class LxBasicFor final : public LxLoopProtocol {
   void setMax(int32_t m) noexcept { max_ = m; }
   int32_t step() const noexcept { return step_; }
   void setStep(int32_t s) noexcept { step_ = s; }
+  // The variable's slot in the script's table (nullptr when there is none), remembered while
+  // the table's names stay as they are: NEXT and every assignment in the body ask for it.
+  LxValue* slotIn(const ScriptCore& script) const;
 
  private:
+  mutable uint64_t epoch_ = 0;
+  mutable LxValue* slot_ = nullptr;
   UString var_;  // upper case
   int32_t max_;
   int32_t step_;  // never 0

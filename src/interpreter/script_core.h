@@ -270,7 +270,10 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   compiled::LineCode* currentCode_ = nullptr;
   // Eval's lines run once each: compiling them would only cost.
   bool evaluating_ = false;
-  compiled::LineCode* codeFor(PreparedLine& line);
+  compiled::LineCode* compileLine(PreparedLine& line);
+  compiled::LineCode* codeFor(PreparedLine& line) {
+    return line.code ? line.code.get() : compileLine(line);
+  }
   void executeLine(PreparedLine& line);
   mutable std::mutex statsMutex_;
   ExecutionStats stats_;
