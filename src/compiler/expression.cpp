@@ -94,7 +94,12 @@ void notFound(ScriptCore& script, const UString& line, UStringView text, Registe
 }
 
 // parseLine answered a name, and getValue of it gives this.
-bool present(ScriptCore& script, const Result& r, Held& out) {
+// The answer is a temporary that dies with this call: a value is kept in the Held itself.
+bool present(ScriptCore& script, Result&& r, Held& out) {
+  if (r.kind == Result::Kind::Value) {
+    out.own(std::move(r.value));
+    return true;
+  }
   return r.kind != Result::Kind::None && readResult(script, r, out);
 }
 
