@@ -1,0 +1,208 @@
+// The compiled form of lines against the reference evaluator: every case runs in both modes
+// and must leave the same RESULT (text and kind), the same error (code, message, line number)
+// and say which mode it ran in. The cases are the ones where rewriting a line's text behaves
+// in ways a compiler could easily get wrong.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "interpreter/script_core.h"
+#include "lxbasic/bridge.h"
+#include "support/run.h"
+
+namespace {
+
+struct Run {
+  std::u16string text;
+  int32_t kind;
+  int32_t code;
+  std::string description;
+};
+
+Run runIn(std::u16string_view script, bool reference) {
+  lx::LxBasicScript s;
+  s.setReferenceEvaluator(reference);
+  auto o = lxtest::run(s, std::u16string(u"DIM RESULT\n") + std::u16string(script));
+  return {o.text(), static_cast<int32_t>(o.result.kind()), o.code(), o.description()};
+}
+
+// Both modes agree; answers the compiled run for further checks.
+Run same(std::u16string_view script) {
+  Run fast = runIn(script, false);
+  Run slow = runIn(script, true);
+  EXPECT_EQ(fast.text, slow.text) << lx::toUtf8(std::u16string(script));
+  EXPECT_EQ(fast.kind, slow.kind) << lx::toUtf8(std::u16string(script));
+  EXPECT_EQ(fast.code, slow.code) << lx::toUtf8(std::u16string(script));
+  EXPECT_EQ(fast.description, slow.description) << lx::toUtf8(std::u16string(script));
+  return fast;
+}
+
+TEST(CompiledLines, OperatorsAndOperandsAsTheTextReadsThem) {
+  const char16_t* cases[] = {
+      u"RESULT = 2 + 3 * 4 - 10 / 4 ^ 2",
+      u"RESULT = -5 + 2",
+      u"DIM x = 3\nRESULT = -x",                       // a sign before a name is no operand
+      u"RESULT = 2 * -3",                              // nothing between two operators
+      u"RESULT = \"a\" & 1 + 2",
+      u"RESULT = \"3\" * 2",                           // a date: the left kind decides
+      u"RESULT = 7 \\ 0",                              // the error, and the line goes on
+      u"DIM a = 1\nRESULT = a / 0 + 5",
+      u"RESULT = \"a+b\" & \"\"\"q\"\"\"",
+      u"RESULT = &HFF + &o17 + &HZZ",
+      u"RESULT = 1e3 + .5 + 12abc",
+      u"RESULT = \"abc",                               // a lone quote
+      u"RESULT = y",
+      u"RESULT = y + 1",
+      u"DIM 2 = 5\nRESULT = 2 + 2",                    // digits can name a variable
+      u"RESULT = Len(\"abc\") + InStr(\"abcabc\", \"c\")",
+      u"RESULT = Nope(1)",
+      u"RESULT = release(1)",
+      u"RESULT = Len(1, 2)",
+      u"RESULT = (1 + 2) * (3 + 4)",
+      u"DIM x = 4\nRESULT = ((x))",
+      u"DIM color = 2\nRESULT = (color + 1)",          // \"or\" inside a name makes a condition
+      u"RESULT = (1 < 2 AND 3 > 4 OR 1 = 1)",
+      u"DIM s = \"x\"\nRESULT = (s = \"a<b\")",          // signs are found inside strings
+      u"RESULT = (1 == 1)",
+      u"RESULT = (Array(1) < 2)",                      // an exception becomes a syntax error
+      u"RESULT = 1 + 2)",
+      u"RESULT = (1 + 2",
+      u"DIM a(2)\na(1) = 5\nRESULT = a(1) + a(2)",
+      u"DIM a(2)\nRESULT = a(3)",
+      u"DIM m(1, 1)\nm(1, 0) = 7\nRESULT = m(1, 0) & m(0)",
+      u"DIM v = 1\nRESULT = v(0)",                      // a non-array gives Empty
+  };
+  for (const char16_t* c : cases) same(c);
+  // A bracket right after a bracket names the temporary in its message: both fail alike, with
+  // names of their own.
+  EXPECT_EQ(runIn(u"RESULT = Len(\"a\")(1)", false).code, 3);
+  EXPECT_EQ(runIn(u"RESULT = Len(\"a\")(1)", true).code, 3);
+}
+
+TEST(CompiledLines, AssignmentTargets) {
+  const char16_t* cases[] = {
+      u"CONST c = 1\nc = 2",
+      u"DIM i\nFOR i = 1 TO 2\ni = 5\nNEXT",
+      u"x = 1",
+      u"DIM x\n(x) = 3\nRESULT = x",                     // a bracket answering a name
+      u"DIM a(1)\na(0) = 2\na(0) = a(0) * 3\nRESULT = a(0)",
+      u"Len(\"ab\") = 3\nRESULT = 1",                    // assigns into the call's answer
+      u"EXIT=5\nRESULT = 1",
+      u"DIM x\nx = Len(\"ab\" = 1)",
+      u"DIM x, y\nRESULT = Len(x = 3) & x",            // an assignment inside an argument
+  };
+  for (const char16_t* c : cases) same(c);
+}
+
+TEST(CompiledLines, EvaluationOrderAndLateReads) {
+  // Brackets run right to left; an element is read when its operator runs, after calls to its
+  // left have changed it; a name in brackets is looked up again when used.
+  const char16_t* cases[] = {
+      u"DIM a(1)\nFUNCTION Bump(x)\nx(0) = x(0) + 10\nBump = 1\nEND FUNCTION\n"
+      u"a(0) = 1\nRESULT = Bump(a) & \",\" & a(0)",
+      u"DIM a(1)\nFUNCTION Bump(x)\nx(0) = x(0) + 10\nBump = 1\nEND FUNCTION\n"
+      u"a(0) = 1\nRESULT = a(0) & \",\" & Bump(a)",
+      u"DIM g = 1\nFUNCTION Up()\ng = g + 1\nUp = g\nEND FUNCTION\nRESULT = g & Up() & g",
+      u"DIM g = 1\nFUNCTION Up()\ng = g + 1\nUp = g\nEND FUNCTION\nRESULT = (g) & Up()",
+  };
+  for (const char16_t* c : cases) same(c);
+}
+
+TEST(CompiledLines, ErrorsAndSignals) {
+  const char16_t* cases[] = {
+      u"ON ERROR RESUME NEXT\nRESULT = 1 / 0\nRESULT = RESULT & nope",   // a stale error
+      u"ON ERROR RESUME NEXT\nx = 1\nRESULT = err.Number",
+      u"DIM i\nFOR i = 1 TO 5\nIF i = 3 THEN EXIT FOR\nNEXT\nRESULT = i",
+      u"DIM i, n\nFOR i = 1 TO 5\nIF i = 3 THEN CONTINUE FOR\nn = n + i\nNEXT\nRESULT = n",
+      u"RESULT = 1\nEXIT\nRESULT = 2",
+      u"FUNCTION F(a)\nF = a / 0\nEND FUNCTION\nRESULT = F(1)",
+      u"FUNCTION F(a)\nF = q\nEND FUNCTION\nRESULT = F(1) + 1",
+      u"FUNCTION F(a)\nF = a\nEND FUNCTION\nRESULT = F(1, 2)",
+      u"FUNCTION F(n)\nF = F(n + 1)\nEND FUNCTION\nRESULT = F(1)",
+      u"IF \"yes\" THEN RESULT = 1",
+      u"IF 1 THEN RESULT = 1 ELSE",
+  };
+  for (const char16_t* c : cases) same(c);
+}
+
+TEST(CompiledLines, LoopsAndConditionals) {
+  const char16_t* cases[] = {
+      u"DIM i, s\nFOR i = 10 TO 1 STEP -3\ns = s & i\nNEXT\nRESULT = s",
+      u"DIM n = 0\nWHILE n < 5\nn = n + 2\nWEND\nRESULT = n",
+      u"DIM n = 0\nDO\nn = n + 1\nLOOP UNTIL n >= 3\nRESULT = n",
+      u"DIM n = 0\nDO WHILE n < 4\nn = n + 1\nIF n = 2 THEN EXIT DO\nLOOP\nRESULT = n",
+      u"DIM a = 2\nIF a = 1 THEN\nRESULT = 1\nELSE\nIF a = 2 THEN RESULT = 2 ELSE RESULT = 3\nEND IF",
+      u"DIM i, j = 1\nFOR i = j TO j + 2\nj = 10\nNEXT\nRESULT = i & j",
+      u"DIM n = 0.5\nWHILE n\nn = 0\nWEND\nRESULT = n",     // conditions read the leading integer
+  };
+  for (const char16_t* c : cases) same(c);
+}
+
+// A name's meaning changes while the script runs; every pass must see the current one.
+TEST(CompiledBindings, FollowTheScriptsState) {
+  const char16_t* cases[] = {
+      // Len is the built-in until a variable of that name exists.
+      u"DIM i, s\nFOR i = 1 TO 3\ns = s & Len\nIF i = 1 THEN Eval(\"DIM Len = 7\")\nNEXT\n"
+      u"RESULT = s",
+      // a name is a function, then a procedure defined while the loop runs
+      u"DIM i, s\nFOR i = 1 TO 2\nIF i = 2 THEN Eval(\"0\")\ns = s & TypeName(i)\nNEXT\n"
+      u"RESULT = s",
+      // a variable declared after the line first ran
+      u"DIM i, s\nFOR i = 1 TO 3\ns = s & k\nIF i = 1 THEN Eval(\"DIM k = 5\")\nNEXT\nRESULT = s",
+      // a loop variable's slot is replaced by the next FOR over it
+      u"DIM i, j, s\nFOR j = 1 TO 2\nFOR i = 1 TO 2\ns = s & i\nNEXT\nNEXT\nRESULT = s",
+  };
+  for (const char16_t* c : cases) same(c);
+}
+
+class Counter : public lx::Object {
+ public:
+  int32_t next() { return ++n_; }
+  std::string className() const override { return "Counter"; }
+
+ private:
+  int32_t n_ = 0;
+};
+
+TEST(CompiledBindings, HostObjectsAddedBetweenRuns) {
+  lx::ClassBuilder<Counter>("Counter").method("Tick", &Counter::next);
+  for (bool reference : {false, true}) {
+    lx::LxBasicScript s;
+    s.setReferenceEvaluator(reference);
+    s.setScript(u"DIM RESULT = Tick");
+    s.runScript();
+    EXPECT_EQ(s.error()->code(), 3) << reference;
+    s.addObj(std::make_shared<Counter>());
+    s.runScript();
+    EXPECT_EQ(s.error(), nullptr) << reference;
+  }
+}
+
+TEST(CompiledStats, CountLinesAndNameFallbacks) {
+  lx::LxBasicScript s;
+  s.setScript(u"DIM i, n\nFOR i = 1 TO 3\nn = n + i\nNEXT\nDIM ____var_1 = 2");
+  s.runScript();
+  const auto stats = s.core().executionStats();
+  EXPECT_GE(stats.compiledLines, 7u);  // FOR, three assignments, three NEXTs
+  ASSERT_FALSE(stats.fallbacks.empty());
+  EXPECT_EQ(stats.fallbacks.front().first, 1);  // the DIM lines run as they are
+
+  lx::LxBasicScript temp;
+  temp.setScript(u"DIM ____var_1 = 2\n____var_1 = ____var_1 + 1");
+  temp.runScript();
+  bool named = false;
+  for (const auto& [line, reason] : temp.core().executionStats().fallbacks) {
+    named = named || (line == 2 && reason.find("temporary") != std::string::npos);
+  }
+  EXPECT_TRUE(named);
+
+  lx::LxBasicScript slow;
+  slow.setReferenceEvaluator(true);
+  slow.setScript(u"DIM n\nn = 1");
+  slow.runScript();
+  EXPECT_EQ(slow.core().executionStats().compiledLines, 0u);
+  EXPECT_EQ(slow.core().executionStats().referenceLines, 2u);
+}
+
+}  // namespace
