@@ -28,6 +28,9 @@
 #include "lxbasic/script.h"
 #include "lxbasic/text.h"
 #include "lxbasic/version.h"
+#ifdef LX_RUNNER_WINDOWS
+#include "lxbasic/graphical_dialogs.h"
+#endif
 
 namespace {
 
@@ -236,15 +239,26 @@ std::string decodeScript(std::string bytes, const std::string& shownName) {
   return bytes;
 }
 
+#ifndef LX_RUNNER_WINDOWS
+bool graphicalDialogsAvailable() {
+  return false;
+}
+#endif
+
 std::shared_ptr<lx::DialogProvider> chooseDialogs(DialogMode mode) {
+  using namespace lx;
   bool graphical = mode == DialogMode::Graphical ||
-                   (mode == DialogMode::Automatic && lx::graphicalDialogsAvailable());
+                   (mode == DialogMode::Automatic && graphicalDialogsAvailable());
   if (!graphical) return lx::makeConsoleDialogs(std::cin, std::cout);
-  if (!lx::graphicalDialogsAvailable()) {
+  if (!graphicalDialogsAvailable()) {
     throw usageError(
         "--gui needs a display (set DISPLAY) and a build with graphical dialogs; use --console");
   }
-  return lx::makeGraphicalDialogs();
+#ifdef LX_RUNNER_WINDOWS
+  return makeGraphicalDialogs();
+#else
+  return nullptr;
+#endif
 }
 
 // Prints RESULT and the reason the run ended; answers the exit status.
