@@ -44,7 +44,6 @@ class StartError : public std::runtime_error {
   bool usage_;
 };
 
-
 StartError usageError(const std::string& message);
 
 // `interactiveTerminal`: standard input is a terminal, so no FILE means interactive mode.
