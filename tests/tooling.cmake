@@ -13,3 +13,6 @@ if(LX_BASH)
                    $<TARGET_FILE_DIR:lxbasic>)
   set_tests_properties(readme.snippets PROPERTIES TIMEOUT 300 ENVIRONMENT "TZ=UTC;LANG=C.UTF-8")
 endif()
+
+# The built-in reference is checked against the library's own table.
+target_compile_definitions(test_builtins_reference PRIVATE LX_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
