@@ -15,18 +15,24 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/lxbasic
 install(TARGETS lxbasic_runner RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(EXPORT LxBasicTargets NAMESPACE LxBasic:: DESTINATION ${LX_CMAKE_DIR})
 
-if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
-  set(LX_PC_LIBDIR "${CMAKE_INSTALL_LIBDIR}")
+# The .pc files find the prefix from their own place, so an installed tree may be moved (and
+# `cmake --install --prefix` elsewhere than the configured prefix works).
+set(LX_PC_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+if(IS_ABSOLUTE "${LX_PC_DIR}")
+  set(LX_PC_PREFIX "${CMAKE_INSTALL_PREFIX}")
 else()
-  set(LX_PC_LIBDIR "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
+  file(RELATIVE_PATH LX_PC_UP "/root/${LX_PC_DIR}" "/root")
+  set(LX_PC_PREFIX "\${pcfiledir}/${LX_PC_UP}")
 endif()
-if(IS_ABSOLUTE "${CMAKE_INSTALL_INCLUDEDIR}")
-  set(LX_PC_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}")
-else()
-  set(LX_PC_INCLUDEDIR "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
-endif()
+foreach(kind LIBDIR INCLUDEDIR)
+  if(IS_ABSOLUTE "${CMAKE_INSTALL_${kind}}")
+    set(LX_PC_${kind} "${CMAKE_INSTALL_${kind}}")
+  else()
+    set(LX_PC_${kind} "\${prefix}/${CMAKE_INSTALL_${kind}}")
+  endif()
+endforeach()
 configure_file(${PROJECT_SOURCE_DIR}/cmake/lxbasic.pc.in ${PROJECT_BINARY_DIR}/lxbasic.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/lxbasic.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${PROJECT_BINARY_DIR}/lxbasic.pc DESTINATION ${LX_PC_DIR})
 
 if(LX_WITH_FLTK)
   install(TARGETS lxbasic_fltk EXPORT LxBasicFltkTargets
@@ -38,7 +44,7 @@ if(LX_WITH_FLTK)
   configure_file(${PROJECT_SOURCE_DIR}/cmake/lxbasic-fltk.pc.in
                  ${PROJECT_BINARY_DIR}/lxbasic-fltk.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/lxbasic-fltk.pc
-          DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+          DESTINATION ${LX_PC_DIR})
 endif()
 
 get_target_property(LX_ENGINE_TYPE lxbasic TYPE)

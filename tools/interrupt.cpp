@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
@@ -42,7 +43,10 @@ void onInterrupt() {
 
 }  // namespace
 
-void watchInterrupts() {
+void watchInterrupts(bool evenIfIgnored) {
+  // A shell starts background jobs with SIGINT ignored; an interactive session owns its
+  // terminal, so it takes Ctrl-C back.
+  if (evenIfIgnored) std::signal(SIGINT, SIG_DFL);
   sigset_t set;
   sigemptyset(&set);
   sigaddset(&set, SIGINT);

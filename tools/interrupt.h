@@ -10,8 +10,9 @@ class LxBasicScript;
 namespace runner {
 
 // Blocks SIGINT in the calling thread and in every thread started after it, and starts the
-// thread that receives it. Call before any script object exists.
-void watchInterrupts();
+// thread that receives it. Call before any script object exists. `evenIfIgnored`: also when
+// the runner was started with SIGINT ignored.
+void watchInterrupts(bool evenIfIgnored);
 
 // The script that a Ctrl-C stops now; nullptr while none runs.
 void setInterruptTarget(lx::LxBasicScript* script);

@@ -81,7 +81,7 @@ int dispatch(const Options& options) {
     text = decodeScript(readScriptFile(options.file), shownNameOf(options.file));
   }
   if (options.action == Action::Check) return checkFile(text, options.file);
-  watchInterrupts();
+  watchInterrupts(options.action == Action::Interactive);
   if (options.action == Action::Interactive) return runInteractive(options, text);
   return runFile(text, options);
 }

@@ -58,7 +58,7 @@ class Terminal {
   }
 
   int waitForExit() {
-    for (int i = 0; i < 100; ++i) {
+    for (int i = 0; i < 200; ++i) {
       int status = 0;
       if (::waitpid(pid_, &status, WNOHANG) == pid_) {
         exited_ = true;
@@ -115,8 +115,8 @@ TEST(RunnerInteractive, ASessionAtATerminal) {
   std::string stopped = t.type("\x03");
   EXPECT_TRUE(contains(stopped, "interrupted")) << stopped;
   EXPECT_TRUE(contains(t.type("x\r"), "12\r\n"));
-  t.type("\x04", "\n");  // Ctrl-D on an empty line ends the session
-  EXPECT_EQ(t.waitForExit(), 0);
+  std::string last = t.type("\x04", "\n");  // Ctrl-D on an empty line ends the session
+  EXPECT_EQ(t.waitForExit(), 0) << last;
 }
 
 }  // namespace
