@@ -28,6 +28,11 @@ std::string shownNameOf(const std::string& file) {
   return file == "-" ? "standard input" : file;
 }
 
+int reportInterrupted() {
+  std::fprintf(stderr, "%s: the script was stopped by Ctrl-C (SIGINT)\n", kProgram);
+  return kExitInterrupted;
+}
+
 // Prints RESULT, then the reason the run ended; answers the exit status.
 int runFile(const std::string& text, const Options& options) {
   applyLogStyle(options);
@@ -35,6 +40,11 @@ int runFile(const std::string& text, const Options& options) {
   prepareScript(script, options);
   script.setScript(std::string_view(text));
   setInterruptTarget(&script);
+  // A Ctrl-C that came before there was a script to stop means: do not start it.
+  if (takeInterrupt()) {
+    setInterruptTarget(nullptr);
+    return reportInterrupted();
+  }
   lx::Variant result = script.run();
   setInterruptTarget(nullptr);
   if (!result.isEmpty()) {
@@ -44,10 +54,7 @@ int runFile(const std::string& text, const Options& options) {
   }
   std::fflush(stdout);
   int status = reportFailure(script, options.file);
-  if (takeInterrupt()) {
-    std::fprintf(stderr, "%s: the script was stopped by Ctrl-C (SIGINT)\n", kProgram);
-    status = kExitInterrupted;
-  }
+  if (takeInterrupt()) status = reportInterrupted();
   if (script.running()) {
     // A timed-out script may still be finishing its current line on its thread; leaving
     // without tearing the script object down keeps that thread from touching freed state.
