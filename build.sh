@@ -7,12 +7,16 @@ set -euo pipefail
 cd "$(dirname "$0")"
 JOBS=${JOBS:-$(nproc)}
 
-PACKAGES=(cmake g++ make libicu-dev libgtest-dev libgmock-dev libbenchmark-dev libfltk1.3-dev
-          xvfb xdotool x11-apps imagemagick)
+# What building the library and the runner needs. FLTK is found without its fluid program
+# and OpenGL headers, so recommends stay out.
+RUN_PACKAGES=(cmake g++ make libicu-dev libfltk1.3-dev libedit-dev)
+# What the tests need besides: GoogleTest, pkg-config for the package test, Google Benchmark
+# for bench/, and an X server, xdotool and ImageMagick's import for the window tests.
+TEST_PACKAGES=(libgtest-dev libgmock-dev libbenchmark-dev pkg-config xvfb xdotool imagemagick)
 
-install_packages() {
+install_packages() {  # install_packages PACKAGE...
   local missing=()
-  for p in "${PACKAGES[@]}"; do
+  for p in "$@"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
   done
   [ ${#missing[@]} -eq 0 ] && return 0
@@ -22,24 +26,30 @@ install_packages() {
   DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
 }
 
-build() {  # build DIR [cmake options...]
+configure() {  # configure DIR [cmake options...]
   local dir=$1
   shift
   cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@" >/dev/null
-  cmake --build "$dir" -j "$JOBS"
+}
+
+build() {  # build DIR [cmake options...]
+  configure "$@"
+  cmake --build "$1" -j "$JOBS"
 }
 
 case "${1:-}" in
   run)
-    install_packages
-    build build
+    install_packages "${RUN_PACKAGES[@]}"
+    # Tests stay unconfigured until `test` asks for them, so GoogleTest need not be there yet.
+    configure build -DLX_BUILD_TESTS=OFF
+    cmake --build build -j "$JOBS" --target lxbasic_runner
     ./build/lxbasic "${2:-examples/hello.bas}"
     ;;
   test)
-    install_packages
-    build build
+    install_packages "${RUN_PACKAGES[@]}" "${TEST_PACKAGES[@]}"
+    build build -DLX_BUILD_TESTS=ON
     (cd build && ctest --output-on-failure -j "$JOBS")
-    build build-sanitize -DLX_SANITIZE=ON
+    build build-sanitize -DLX_SANITIZE=ON -DLX_BUILD_TESTS=ON
     (cd build-sanitize && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
        LSAN_OPTIONS=suppressions="$PWD/../tests/lsan.supp" ctest --output-on-failure -j "$JOBS")
     ;;

@@ -28,6 +28,7 @@
 #include <utility>
 #include <vector>
 
+#include "lxbasic/export.h"
 #include "lxbasic/text.h"
 #include "lxbasic/variant.h"
 
@@ -37,12 +38,12 @@ class LxBasicScript;
 
 // One callable method, as the method cache lists it: the full selector and its number of
 // colons, which is the number of script arguments.
-struct LxCocoaMethod {
+struct LX_API LxCocoaMethod {
   std::string sel;
   int32_t params = 0;
 };
 
-struct MethodInfo {
+struct LX_API MethodInfo {
   std::string selector;
   int32_t arity = 0;     // the C++ parameter count, which calls must match
   std::string argTypes;  // one code per argument
@@ -51,7 +52,7 @@ struct MethodInfo {
   std::function<Variant(Object& self, const Variant* args)> call;
 };
 
-class ClassInfo {
+class LX_API ClassInfo {
  public:
   ClassInfo(std::string name, std::type_index type) : name_(std::move(name)), type_(type) {}
   const std::string& name() const noexcept { return name_; }
@@ -77,7 +78,7 @@ class ClassInfo {
   std::vector<MethodInfo> methods_;
 };
 
-class ClassRegistry {
+class LX_API ClassRegistry {
  public:
   static ClassRegistry& instance();
   // The entry of a C++ class, made on first request under the given name.
@@ -93,7 +94,7 @@ class ClassRegistry {
 
 // The result of sendMsgToObj: the value, or the marker for a call whose argument count does
 // not fit the method.
-struct CallResult {
+struct LX_API CallResult {
   Variant value;
   bool argumentMismatch = false;
 };
@@ -101,16 +102,18 @@ struct CallResult {
 // The method of `cls` whose upper-cased first part is `name` (upper-cased here) and which has
 // `n` colons; nullptr when there is none. Only the class's own methods are searched; the
 // per-class table is built once and kept for the life of the process.
-const MethodInfo* findMethod(const ClassInfo* cls, UStringView name, int32_t n);
+LX_API const MethodInfo* findMethod(const ClassInfo* cls, UStringView name, int32_t n);
 // The method for a full selector, own or inherited.
-const MethodInfo* findMethodBySel(const ClassInfo* cls, std::string_view selector);
+LX_API const MethodInfo* findMethodBySel(const ClassInfo* cls, std::string_view selector);
 // Invokes `selector` on `target` with `args`. Exceptions from the method pass through.
-CallResult sendMsgToObj(Object& target, std::string_view selector, std::span<const Variant> args);
-CallResult sendMsgToObj(Object& target, const MethodInfo& method, std::span<const Variant> args);
+LX_API CallResult sendMsgToObj(Object& target, std::string_view selector,
+                               std::span<const Variant> args);
+LX_API CallResult sendMsgToObj(Object& target, const MethodInfo& method,
+                               std::span<const Variant> args);
 
 // Host objects that want to know the script they are registered with implement this; the
 // script calls it once, at registration, before the object becomes callable.
-class ScriptAware {
+class LX_API ScriptAware {
  public:
   virtual ~ScriptAware() = default;
   virtual void initWithScript(LxBasicScript& script) = 0;

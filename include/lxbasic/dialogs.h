@@ -24,6 +24,8 @@
 #include <optional>
 #include <string>
 
+#include "lxbasic/export.h"
+
 namespace lx {
 
 using UString = std::u16string;
@@ -45,7 +47,7 @@ inline constexpr int kAlertNoAnswer = -2;
 // A modal alert. Its buttons sit in three places; the default one answers the Return key.
 // The alternate and other places may be empty, and the other place is only used when the
 // alternate one is not empty.
-struct AlertRequest {
+struct LX_API AlertRequest {
   AlertKind kind = AlertKind::Informational;
   // None: the provider shows its own default title.
   std::optional<UString> title;
@@ -58,7 +60,7 @@ struct AlertRequest {
 
 // A modal line-input window: a title, a prompt, a field that starts with `defaultText`, and
 // the buttons `okButton` (the default, answering Return) and `cancelButton`.
-struct InputRequest {
+struct LX_API InputRequest {
   UString title;
   UString prompt;
   UString defaultText;
@@ -70,7 +72,7 @@ struct InputRequest {
   UString cancelButton = u"Cancel";
 };
 
-struct InputAnswer {
+struct LX_API InputAnswer {
   // True when the OK button closed the window; false for Cancel, a stop request or failure.
   bool ok = false;
   // The text of the field after the user's last edit. Showing the default text is not an
@@ -79,7 +81,7 @@ struct InputAnswer {
   std::optional<UString> lastEdit;
 };
 
-class DialogProvider {
+class LX_API DialogProvider {
  public:
   virtual ~DialogProvider() = default;
   // Shows the alert and waits for a button: kAlertDefault, kAlertAlternate or kAlertOther
@@ -100,24 +102,21 @@ class DialogProvider {
 // OK, an empty line is OK without an edit, end of input is Cancel.
 // Both streams must outlive the provider. When `in` is std::cin the wait for a line also
 // watches the stop request; other streams are read without waiting.
-std::shared_ptr<DialogProvider> makeConsoleDialogs(std::istream& in, std::ostream& out);
+LX_API std::shared_ptr<DialogProvider> makeConsoleDialogs(std::istream& in, std::ostream& out);
 
-// Dialogs in real windows, or nullptr when the engine was built without them. The windows
-// open on the display named by DISPLAY when the first dialog is shown; if it cannot be
-// opened then, the dialogs answer "no button" / Cancel and a message goes to standard error.
-std::shared_ptr<DialogProvider> makeGraphicalDialogs();
-
-// True when the engine has graphical dialogs and the display can be opened right now.
-bool graphicalDialogsAvailable();
+// Dialogs in real windows live in the separate library lxbasic_fltk (CMake
+// `LxBasic::fltk`, header lxbasic/graphical_dialogs.h), so that a headless host links
+// neither a toolkit nor X11.
 
 // The provider for scripts that have none of their own. Until a host sets one (or after it
-// sets nullptr) it is made on first use: the graphical dialogs when available, otherwise the
-// console dialogs on standard input and output. Safe to call from any thread.
-void setDefaultDialogProvider(std::shared_ptr<DialogProvider> provider);
-std::shared_ptr<DialogProvider> defaultDialogProvider();
+// sets nullptr) it is made on first use: the console dialogs on standard input and output.
+// A GUI host calls lx::useGraphicalDialogs() (lxbasic/graphical_dialogs.h) to make windows
+// the default. Safe to call from any thread.
+LX_API void setDefaultDialogProvider(std::shared_ptr<DialogProvider> provider);
+LX_API std::shared_ptr<DialogProvider> defaultDialogProvider();
 
 // The result code of a button title, matched exactly: "OK" 1, "Cancel" 2, "Abort" 3,
 // "Retry" 4, "Ignore" 5, "Yes" 6, "No" 7; any other title gives -1.
-int32_t modRes(const UString& title);
+LX_API int32_t modRes(const UString& title);
 
 }  // namespace lx

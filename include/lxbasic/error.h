@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "lxbasic/export.h"
 #include "lxbasic/variant.h"
 
 namespace lx {
@@ -53,9 +54,9 @@ enum ErrorCode : int32_t {
 
 // The message of a catalogue code; "%@" in it (codes 3, 5, 35) is filled with `fill`.
 // Codes outside the catalogue have the message "".
-UString errorMessage(int32_t code, UStringView fill = {});
+LX_API UString errorMessage(int32_t code, UStringView fill = {});
 
-class LxError final : public Object {
+class LX_API LxError final : public Object {
  public:
   LxError(int32_t code, UString desc, UString line, int32_t lineNumber = -1)
       : code_(code), desc_(std::move(desc)), line_(std::move(line)), lineNumber_(lineNumber) {}

@@ -7,9 +7,11 @@
 #include <stdexcept>
 #include <string>
 
+#include "lxbasic/export.h"
+
 namespace lx {
 
-class Exception : public std::runtime_error {
+class LX_API Exception : public std::runtime_error {
  public:
   Exception(std::string name, const std::string& reason)
       : std::runtime_error(reason), name_(std::move(name)) {}
@@ -22,20 +24,20 @@ class Exception : public std::runtime_error {
 
 // An object was sent an operation it does not implement (a value that cannot answer
 // intValue, the ECHO statement, WeekdayName's name request).
-class UnrecognizedSelectorException : public Exception {
+class LX_API UnrecognizedSelectorException : public Exception {
  public:
   explicit UnrecognizedSelectorException(const std::string& reason)
       : Exception("UnrecognizedSelector", reason) {}
 };
 
 // An index or range outside a string or list.
-class RangeException : public Exception {
+class LX_API RangeException : public Exception {
  public:
   explicit RangeException(const std::string& reason) : Exception("RangeError", reason) {}
 };
 
 // An argument that an operation cannot work with.
-class InvalidArgumentException : public Exception {
+class LX_API InvalidArgumentException : public Exception {
  public:
   explicit InvalidArgumentException(const std::string& reason)
       : Exception("InvalidArgument", reason) {}

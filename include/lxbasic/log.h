@@ -4,6 +4,7 @@
 
 #include <functional>
 
+#include "lxbasic/export.h"
 #include "lxbasic/variant.h"
 
 namespace lx {
@@ -13,7 +14,7 @@ using LogSink = std::function<void(UStringView message)>;
 
 // Replaces the process-wide sink; an empty function restores the default, which writes
 // "YYYY-MM-DD HH:MM:SS.mmm name[pid] message" and a line feed to stderr.
-void setLogSink(LogSink sink);
-void logMessage(UStringView message);
+LX_API void setLogSink(LogSink sink);
+LX_API void logMessage(UStringView message);
 
 }  // namespace lx

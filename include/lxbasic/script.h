@@ -14,6 +14,7 @@
 #include <string>
 
 #include "lxbasic/error.h"
+#include "lxbasic/export.h"
 #include "lxbasic/value.h"
 #include "lxbasic/variant.h"
 
@@ -22,7 +23,7 @@ namespace lx {
 class ScriptCore;
 class DialogProvider;
 
-class LxBasicScript {
+class LX_API LxBasicScript {
  public:
   LxBasicScript();
   // A handle on an existing script object (the engine hands these to ScriptAware objects).

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "lxbasic/export.h"
 #include "lxbasic/variant.h"
 
 namespace lx {
@@ -38,7 +39,7 @@ enum TextEncoding : uint64_t {
   kEncodingUTF32LE = 0x9c000100,
 };
 
-class LxBasicStringList {
+class LX_API LxBasicStringList {
  public:
   LxBasicStringList() = default;
 

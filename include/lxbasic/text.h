@@ -6,26 +6,27 @@
 #include <string>
 #include <string_view>
 
+#include "lxbasic/export.h"
 #include "lxbasic/variant.h"
 
 namespace lx {
 
-UString fromUtf8(std::string_view utf8);
-std::string toUtf8(UStringView text);
+LX_API UString fromUtf8(std::string_view utf8);
+LX_API std::string toUtf8(UStringView text);
 
 // "%@" of a value: a string as itself, a number in its shortest form, an array as
 // "(a, b, c)" (nested arrays alike, "()" when empty), a date as "YYYY-MM-DD HH:MM:SS +hhmm"
 // in the local time zone, an object as its description; Empty (no object) as "(null)".
-UString toText(const Variant& v);
+LX_API UString toText(const Variant& v);
 // The text of a date value, as toText prints it.
-UString dateText(double secondsSince1970);
+LX_API UString dateText(double secondsSince1970);
 
 // Leading-number reads of a text: white space is skipped, then an optional sign and the
 // longest prefix that reads as a number; no such prefix reads 0.
-int32_t intValue(UStringView text);       // stops at the point; saturates at 32 bits
-int64_t longLongValue(UStringView text);  // the same in 64 bits
-double doubleValue(UStringView text);     // also reads a fraction and an exponent
-bool boolValue(UStringView text);         // after blanks, a sign and zeros: Y, y, T, t, 1-9
+LX_API int32_t intValue(UStringView text);       // stops at the point; saturates at 32 bits
+LX_API int64_t longLongValue(UStringView text);  // the same in 64 bits
+LX_API double doubleValue(UStringView text);     // also reads a fraction and an exponent
+LX_API bool boolValue(UStringView text);         // after blanks, a sign and zeros: Y, y, T, t, 1-9
 
 // Texts held in strings or literals read as texts (these resolve the overloads).
 inline int32_t intValue(const UString& t) {
@@ -56,32 +57,32 @@ inline bool boolValue(const char16_t* t) {
 // Direct reads: a Number answers its value, a String is read as above, Empty (no object)
 // answers 0; any other kind (Array, Date, Object, the null object) cannot answer and throws
 // UnrecognizedSelectorException.
-int32_t intValue(const Variant& v);
-int64_t longLongValue(const Variant& v);
-double doubleValue(const Variant& v);
-bool boolValue(const Variant& v);
+LX_API int32_t intValue(const Variant& v);
+LX_API int64_t longLongValue(const Variant& v);
+LX_API double doubleValue(const Variant& v);
+LX_API bool boolValue(const Variant& v);
 // The length of a String; Empty answers 0; anything else throws.
-int64_t lengthOf(const Variant& v);
+LX_API int64_t lengthOf(const Variant& v);
 
 // Truncation toward zero the way the processor does it: out of range and NaN give the
 // most negative value.
-int32_t truncToInt32(double d) noexcept;
-int64_t truncToInt64(double d) noexcept;
+LX_API int32_t truncToInt32(double d) noexcept;
+LX_API int64_t truncToInt64(double d) noexcept;
 
 // Full Unicode case mapping (ASCII takes a fast path).
-UString upperCase(UStringView text);
-UString lowerCase(UStringView text);
+LX_API UString upperCase(UStringView text);
+LX_API UString lowerCase(UStringView text);
 // Full Unicode case folding, for comparing without regard to case; the length may change.
-UString foldCase(UStringView text);
+LX_API UString foldCase(UStringView text);
 
 // The platform equality of two values: strings by their code units, numbers by value, dates
 // by instant, arrays element by element, slots by their data, other objects by identity.
-bool valuesEqual(const Variant& a, const Variant& b);
+LX_API bool valuesEqual(const Variant& a, const Variant& b);
 
 }  // namespace lx
 
 namespace lx {
 // The white-space-and-newline set: blanks, tab, the line and paragraph separators (LF, VT,
 // FF, CR, NEL, LS, PS) and the Unicode space separators.
-bool isWhitespaceOrNewline(char16_t c) noexcept;
+LX_API bool isWhitespaceOrNewline(char16_t c) noexcept;
 }  // namespace lx

@@ -3,11 +3,12 @@
 
 #include <memory>
 
+#include "lxbasic/export.h"
 #include "lxbasic/variant.h"
 
 namespace lx {
 
-class LxValue final : public Object {
+class LX_API LxValue final : public Object {
  public:
   LxValue() = default;
   explicit LxValue(Variant data, bool constant = false) : constant_(constant) {

@@ -8,6 +8,8 @@
 #include <variant>
 #include <vector>
 
+#include "lxbasic/export.h"
+
 namespace lx {
 
 // Script text is UTF-16: every position and length counts code units.
@@ -28,7 +30,7 @@ class ClassInfo;
 
 // Anything that is not a string, number, array or date: host objects, the null object,
 // error records, variable slots. Objects are shared; a Variant holds a reference.
-class Object : public std::enable_shared_from_this<Object> {
+class LX_API Object : public std::enable_shared_from_this<Object> {
  public:
   Object() = default;
   Object(const Object&) = delete;
@@ -46,7 +48,7 @@ using ObjectRef = std::shared_ptr<Object>;
 
 // A number remembers how it was made, because an int, a 64-bit int, a boolean and a double
 // print differently ("1", "1", "1", "1.5") and convert differently.
-class Number {
+class LX_API Number {
  public:
   enum class Type : uint8_t { Int32, Int64, Bool, Double };
 
@@ -86,7 +88,7 @@ class Number {
 };
 
 // An instant, held as seconds since 1970-01-01 00:00:00 UTC.
-struct Date {
+struct LX_API Date {
   double seconds = 0;
   bool operator==(const Date&) const = default;
 };
@@ -96,7 +98,7 @@ using ArrayRef = std::shared_ptr<Array>;
 
 // A script value: Empty (no object), String, Number, Object, Array or Date.
 // Strings are shared immutable buffers, so copying a Variant never copies text.
-class Variant {
+class LX_API Variant {
  public:
   Variant() noexcept = default;
   Variant(UString s);  // NOLINT(google-explicit-constructor): values convert freely
@@ -147,7 +149,7 @@ class Variant {
 // A shared, mutable list. Reference semantics: every Variant that holds it sees changes.
 // Script arrays hold variable slots (LxValue objects) in their innermost lists and nested
 // arrays above; values handed in by hosts may hold anything.
-class Array {
+class LX_API Array {
  public:
   Array() = default;
   explicit Array(std::vector<Variant> items) : items(std::move(items)) {}
@@ -159,15 +161,15 @@ class Array {
 
 // The null object: what an Empty argument becomes on its way into a call. Its text is
 // "<null>" and it is of kind Object, never Empty.
-class NullObject final : public Object {
+class LX_API NullObject final : public Object {
  public:
   UString description() const override { return u"<null>"; }
   std::string className() const override { return "NullObject"; }
 };
-const ObjectRef& nullObject();
+LX_API const ObjectRef& nullObject();
 
 // A dictionary object; no built-in makes one, but hosts may pass them in.
-class Dictionary final : public Object {
+class LX_API Dictionary final : public Object {
  public:
   std::vector<std::pair<UString, Variant>> entries;
   UString description() const override;
@@ -187,6 +189,6 @@ inline bool isArray(const Variant& v) noexcept {
 inline bool isDate(const Variant& v) noexcept {
   return v.isDate();
 }
-bool isDictionary(const Variant& v) noexcept;
+LX_API bool isDictionary(const Variant& v) noexcept;
 
 }  // namespace lx

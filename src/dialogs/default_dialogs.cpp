@@ -20,20 +20,10 @@ void setDefaultDialogProvider(std::shared_ptr<DialogProvider> provider) {
 std::shared_ptr<DialogProvider> defaultDialogProvider() {
   std::lock_guard lock(defaultMutex);
   if (!defaultProvider) {
-    if (graphicalDialogsAvailable()) defaultProvider = makeGraphicalDialogs();
-    if (!defaultProvider) defaultProvider = makeConsoleDialogs(std::cin, std::cout);
+    // The core knows no toolkit; a GUI host installs windows with useGraphicalDialogs().
+    defaultProvider = makeConsoleDialogs(std::cin, std::cout);
   }
   return defaultProvider;
 }
-
-#ifndef LX_WITH_FLTK
-// Built without a toolkit: the console is all there is.
-std::shared_ptr<DialogProvider> makeGraphicalDialogs() {
-  return nullptr;
-}
-bool graphicalDialogsAvailable() {
-  return false;
-}
-#endif
 
 }  // namespace lx

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "dialogs/fltk_support.h"
+#include "lxbasic/graphical_dialogs.h"
 
 namespace lx::fltk {
 
@@ -123,6 +124,12 @@ bool graphicalDialogsAvailable() {
   Display* d = XOpenDisplay(nullptr);
   if (!d) return false;
   XCloseDisplay(d);
+  return true;
+}
+
+bool useGraphicalDialogs() {
+  if (!graphicalDialogsAvailable()) return false;
+  setDefaultDialogProvider(makeGraphicalDialogs());
   return true;
 }
 

@@ -20,7 +20,7 @@
 #include <string>
 
 #include "gui/label_metrics.h"
-#include "lxbasic/dialogs.h"
+#include "lxbasic/graphical_dialogs.h"
 
 namespace {
 

@@ -1,5 +1,6 @@
 // The command-line runner as a user meets it: what the script files under tests/scripts cannot
-// express (standard input as the script, missing files, timing, option placement).
+// express (standard input as the script, missing files, timing, option placement, channels,
+// signals, script arguments, --check).
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,6 +13,8 @@
 #include <sstream>
 #include <string>
 
+#include "support/runner_path.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -22,12 +25,6 @@ struct Outcome {
   std::string err;
   double seconds = 0;
 };
-
-// The runner is built beside the tests directory of the build tree.
-fs::path runnerPath() {
-  if (const char* given = std::getenv("LXBASIC_RUNNER")) return given;
-  return fs::canonical("/proc/self/exe").parent_path().parent_path() / "lxbasic";
-}
 
 std::string quoted(const std::string& s) {
   std::string q = "'";
@@ -84,16 +81,89 @@ TEST_F(RunnerTest, ReadsTheScriptFromStandardInputForDash) {
   EXPECT_EQ(o.out, "from stdin\n");
 }
 
-TEST_F(RunnerTest, OptionsMayFollowTheFileAndDoubleDashEndsThem) {
-  fs::path script = writeFile("-odd name.bas", "DIM RESULT = 1 + 1\n");
-  Outcome o = run({"--", script.string(), "--timeout", "5"});
-  // After "--" everything is a file name, so "--timeout" is a second file.
-  EXPECT_EQ(o.status, 2);
-  EXPECT_NE(o.err.find("too many arguments"), std::string::npos) << o.err;
+TEST_F(RunnerTest, WordsAfterTheFileReachTheScriptAsArgs) {
+  fs::path script =
+      writeFile("-odd name.bas", "DIM RESULT = UBound(ARGS) & \"|\" & Join(ARGS, \",\")\n");
+  struct Case {
+    std::initializer_list<std::string> args;
+    const char* out;
+  };
+  const Case cases[] = {
+      {{"--console", "--", script.string()}, "-1|\n"},
+      {{"--", script.string(), "one", "two words"}, "1|one,two words\n"},
+      // Options after FILE belong to the script, not to the runner.
+      {{"--console", "--", script.string(), "--timeout", "5"}, "1|--timeout,5\n"},
+  };
+  for (const Case& c : cases) {
+    Outcome o = run(c.args);
+    EXPECT_EQ(o.status, 0) << o.err;
+    EXPECT_EQ(o.out, c.out);
+  }
+}
 
-  o = run({script.string(), "--console", "--timeout=5"});
+TEST_F(RunnerTest, StandardOutputCarriesOnlyResult) {
+  fs::path script = writeFile("ask.bas",
+                              "DIM b = MsgBox(\"Proceed?\", vbYesNo, \"Question\")\n"
+                              "DIM n = InputBox(\"Name?\", \"Who\", \"Bob\")\n"
+                              "Print(\"logged\")\n"
+                              "DIM RESULT = b & \" \" & n\n");
+  Outcome o = run({"--console", script.string()}, "yes\nAnn\n");
   EXPECT_EQ(o.status, 0) << o.err;
-  EXPECT_EQ(o.out, "2\n");
+  EXPECT_EQ(o.out, "6 Ann\n");
+  for (const char* shown : {"Proceed?", "Question", "Name?", "[Bob]", "logged"}) {
+    EXPECT_NE(o.err.find(shown), std::string::npos) << shown << " in " << o.err;
+  }
+}
+
+TEST_F(RunnerTest, PlainLogLinesHaveNoStampAndDefaultOnesDo) {
+  fs::path script = writeFile("log.bas", "Print(\"one\")\nWriteLn(\"two\")\n");
+  Outcome plain = run({"--console", "--plain-log", script.string()});
+  EXPECT_EQ(plain.status, 0);
+  EXPECT_EQ(plain.err, "one\ntwo\n");
+  Outcome stamped = run({"--console", script.string()});
+  EXPECT_NE(stamped.err, "one\ntwo\n");
+  EXPECT_NE(stamped.err.find("] one\n"), std::string::npos) << stamped.err;
+}
+
+TEST_F(RunnerTest, ErrorStartsWithFileAndLineBeforeTheEngineText) {
+  fs::path script = writeFile("bad.bas", "DIM a = 1\ny = 2\n");
+  Outcome o = run({"--console", script.string()});
+  EXPECT_EQ(o.status, 1);
+  EXPECT_EQ(o.err,
+            script.string() + ":2: Error #3, Line #2: Variable \"y\" not found\nSource: y = 2\n");
+  Outcome piped = run({"--console", "-"}, "DIM a = 1\n\nb = 1\n");
+  EXPECT_EQ(piped.err.rfind("-:3: Error #3, Line #3: ", 0), 0u) << piped.err;
+}
+
+TEST_F(RunnerTest, InterruptStopsTheScriptThroughTheEngineAndExits130) {
+  fs::path script = writeFile("spin.bas", "DIM RESULT = 0\nWHILE 1\nRESULT = 7\nWEND\n");
+  std::string command = "timeout --preserve-status -k 10 -s INT 2 " +
+                        quoted(runnerPath().string()) + " --console " + quoted(script.string()) +
+                        " >" + quoted((dir_ / "out.txt").string()) + " 2>" +
+                        quoted((dir_ / "err.txt").string());
+  auto start = std::chrono::steady_clock::now();
+  int raw = std::system(command.c_str());
+  double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  ASSERT_TRUE(WIFEXITED(raw));
+  EXPECT_EQ(WEXITSTATUS(raw), 130);
+  EXPECT_LT(seconds, 8.0);
+  // Stopped after a line, so RESULT still tells how far the script got.
+  EXPECT_EQ(slurp(dir_ / "out.txt"), "7\n");
+  EXPECT_NE(slurp(dir_ / "err.txt").find("stopped by Ctrl-C"), std::string::npos);
+}
+
+TEST_F(RunnerTest, CheckReportsWithoutRunning) {
+  fs::path bad = writeFile("shape.bas", "Print(\"ran\")\nFOR i = 1 TO 2\nDIM a = (1\nWEND\n");
+  Outcome o = run({"--check", bad.string()});
+  EXPECT_EQ(o.status, 1);
+  EXPECT_EQ(o.out, "");
+  std::string file = bad.string();
+  EXPECT_EQ(o.err, file + ":2: FOR without NEXT\n" + file + ":3: bracket not closed\n" + file +
+                       ":4: WEND without WHILE\n");
+
+  Outcome good = run({"--check", writeFile("fine.bas", "Print(\"ran\")\n").string()});
+  EXPECT_EQ(good.status, 0);
+  EXPECT_EQ(good.err, "");  // not run: nothing logged
 }
 
 TEST_F(RunnerTest, FilesThatCannotBeReadExitWithTwoAndNameTheProblem) {

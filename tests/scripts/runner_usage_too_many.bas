@@ -1,2 +1,0 @@
-REM Never runs: the command line is refused first.
-DIM RESULT = "ran"

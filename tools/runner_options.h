@@ -1,0 +1,53 @@
+// The runner's command line: what to do, with which options, on which file.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace runner {
+
+enum ExitStatus : int {
+  kExitOk = 0,
+  kExitScriptError = 1,
+  kExitCannotStart = 2,
+  kExitException = 3,
+  kExitInterrupted = 130,  // as a shell reports a program ended by Ctrl-C
+};
+
+inline constexpr const char* kProgram = "lxbasic";
+
+enum class DialogMode { Automatic, Graphical, Console };
+enum class Action { Run, Check, Interactive, Help, Version };
+
+struct Options {
+  Action action = Action::Run;
+  std::optional<int32_t> timeout;
+  bool reference = false;
+  bool plainLog = false;
+  DialogMode dialogs = DialogMode::Automatic;
+  std::string file;                      // "-" is standard input; empty in interactive mode
+  std::vector<std::string> scriptWords;  // the words after FILE, for the script's ARGS
+};
+
+// Anything that keeps the script from starting. `usage` marks command-line mistakes, which
+// get a pointer to --help; a file that cannot be read does not need one.
+class StartError : public std::runtime_error {
+ public:
+  StartError(const std::string& message, bool usage) : std::runtime_error(message), usage_(usage) {}
+  bool usage() const noexcept { return usage_; }
+
+ private:
+  bool usage_;
+};
+
+StartError usageError(const std::string& message);
+
+// `interactiveTerminal`: standard input is a terminal, so no FILE means interactive mode.
+Options parseArguments(std::span<char* const> args, bool interactiveTerminal);
+void printHelp();
+
+}  // namespace runner
