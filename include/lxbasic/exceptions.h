@@ -7,6 +7,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "lxbasic/export.h"
+
 namespace lx {
 
 class Exception : public std::runtime_error {
@@ -39,6 +41,20 @@ class InvalidArgumentException : public Exception {
  public:
   explicit InvalidArgumentException(const std::string& reason)
       : Exception("InvalidArgument", reason) {}
+};
+
+// A value was read as a kind it is not, e.g. Variant::string() on a number. The checked
+// accessors of Variant throw it; Variant::as<T>() answers std::nullopt instead.
+class LX_API TypeMismatchException : public Exception {
+ public:
+  explicit TypeMismatchException(const std::string& reason) : Exception("TypeMismatch", reason) {}
+};
+
+// A host registration that could only go wrong later: a selector whose colons do not match
+// the C++ parameters, a selector registered twice. Thrown by ClassBuilder at registration.
+class LX_API BindingException : public Exception {
+ public:
+  explicit BindingException(const std::string& reason) : Exception("Binding", reason) {}
 };
 
 // "Name: reason" for the engine's exceptions, the reason for any other std::exception; for

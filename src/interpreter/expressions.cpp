@@ -50,8 +50,7 @@ Variant radixLiteral(UStringView digits, unsigned radix) {
     if (value > (UINT64_MAX - d) / radix) overflow = true;
     value = overflow ? UINT64_MAX : value * radix + d;
   }
-  if (value > static_cast<uint64_t>(INT64_MAX)) return Variant::real(static_cast<double>(value));
-  return Variant::int64(static_cast<int64_t>(value));
+  return Variant::uint64(value);
 }
 
 double numberOf(const LxValue& v) {
