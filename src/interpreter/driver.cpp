@@ -131,6 +131,7 @@ void ScriptCore::mainLoop() {
     const PreparedLine line = prepared_[static_cast<size_t>(_curline)];
     currentScriptLine_.store(line.scriptLine, std::memory_order_relaxed);
     if (line.kind == kEmpty || line.kind == kRem) continue;
+    if (lineHook_ && !callLineHook()) break;
     executeLine(line.text);
     clearTmpVars();
     if (hasError() && !applyErrorPolicy(line.text, line.scriptLine)) break;
