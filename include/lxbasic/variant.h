@@ -177,7 +177,7 @@ class Variant {
   // The value as a standard type, or std::nullopt when it is of another kind or out of
   // range. T is one of: UString (std::u16string), std::string (UTF-8), bool, any integer type
   // (the number must be integral and fit), double, float, std::vector<Variant> (a copy of
-  // an array's items), std::chrono::system_clock::time_point (a date), Number, ArrayRef,
+  // an array's items), std::chrono::system_clock::time_point (a date, to the microsecond), Number, ArrayRef,
   // ObjectRef. Strings are never parsed: as<int>() of "12" is std::nullopt.
   template <class T>
   std::optional<T> as() const;
@@ -241,8 +241,9 @@ std::optional<T> Variant::as() const {
     if (isArray()) return arrayUnchecked()->items;
   } else if constexpr (std::is_same_v<T, Clock::time_point>) {
     if (isDate()) {
+      // Dates hold seconds in a double: good to the microsecond for this era, not finer.
       auto since = std::chrono::duration<double>(dateSecondsUnchecked());
-      return Clock::time_point(std::chrono::duration_cast<Clock::duration>(since));
+      return Clock::time_point(std::chrono::round<std::chrono::microseconds>(since));
     }
   } else if constexpr (std::is_same_v<T, Number>) {
     if (isNumber()) return numberUnchecked();
