@@ -53,15 +53,15 @@ using ObjectRef = std::shared_ptr<Object>;
 // A number remembers how it was made, because an int, a 64-bit int, a boolean and a double
 // print differently ("1", "1", "1", "1.5") and convert differently. UInt64 holds unsigned
 // values above INT64_MAX (radix literals such as &HFFFFFFFFFFFFFFFF, unsigned host returns)
-// so that they keep every digit.
+// so that they keep every digit. (Not "Bool": X11 headers define that name as a macro.)
 class Number {
  public:
-  enum class Type : uint8_t { Int32, Int64, Bool, Double, UInt64 };
+  enum class Type : uint8_t { Int32, Int64, Boolean, Double, UInt64 };
 
   constexpr Number() noexcept : type_(Type::Int32), i_(0) {}
   static constexpr Number int32(int32_t v) noexcept { return Number(Type::Int32, v); }
   static constexpr Number int64(int64_t v) noexcept { return Number(Type::Int64, v); }
-  static constexpr Number boolean(bool v) noexcept { return Number(Type::Bool, v ? 1 : 0); }
+  static constexpr Number boolean(bool v) noexcept { return Number(Type::Boolean, v ? 1 : 0); }
   // Int64 when the value fits, UInt64 above INT64_MAX.
   static constexpr Number uint64(uint64_t v) noexcept {
     return Number(v > static_cast<uint64_t>(INT64_MAX) ? Type::UInt64 : Type::Int64,

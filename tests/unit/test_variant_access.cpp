@@ -60,7 +60,7 @@ TEST(FromAndBack, StandardTypesRoundTrip) {
   EXPECT_EQ(Variant::from(uint64_t{UINT64_MAX}).as<uint64_t>(), UINT64_MAX);
   EXPECT_EQ(Variant::from(uint32_t{4000000000u}).as<int64_t>(), 4000000000);
   EXPECT_EQ(Variant::from(2.5).as<double>(), 2.5);
-  EXPECT_EQ(Variant::from(true).number().type(), Number::Type::Bool);
+  EXPECT_EQ(Variant::from(true).number().type(), Number::Type::Boolean);
   EXPECT_EQ(Variant::from(7).number().type(), Number::Type::Int32);
 
   std::vector<Variant> items{Variant::int32(1), Variant(u"two")};
