@@ -32,12 +32,12 @@
 
 #include <cstdint>
 #include <deque>
-#include <tuple>
 #include <functional>
 #include <memory>
 #include <span>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <type_traits>
 #include <typeindex>
 #include <utility>
@@ -279,8 +279,7 @@ struct ScriptParams {
   using type = List;
 };
 template <class T, class P, class... A>
-  requires TakesReceiver<T, TypeList<P, A...>>::value
-struct ScriptParams<T, TypeList<P, A...>> {
+requires TakesReceiver<T, TypeList<P, A...>>::value struct ScriptParams<T, TypeList<P, A...>> {
   using type = TypeList<A...>;
 };
 

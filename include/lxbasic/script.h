@@ -72,8 +72,8 @@ class LxBasicScript {
   LX_API bool succeeded() const;
   LX_API bool failed() const;
   bool running() const;
-  int32_t line() const;      // 0-based script line of the current statement; -1 when not running
-  void reset();              // drops variables, host objects and open blocks (not procedures)
+  int32_t line() const;  // 0-based script line of the current statement; -1 when not running
+  void reset();          // drops variables, host objects and open blocks (not procedures)
   // Returns the object to the state of a new one: library and constants registered, no
   // variables, host objects or procedures, no open definition or block, error cleared. The
   // script text, time limit, dialog provider, line hook and evaluator choice stay. Throws

@@ -3,8 +3,8 @@
 
 #include <chrono>
 #include <cstdint>
-#include <memory>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -115,6 +115,14 @@ using ArrayRef = std::shared_ptr<Array>;
 // A script value: Empty (no object), String, Number, Object, Array or Date.
 // Strings are shared immutable buffers, so copying a Variant never copies text.
 class Variant {
+  // The alternative I, or TypeMismatchException; defined first so the accessors can use it.
+  template <size_t I>
+  const auto& checked() const {
+    if (v_.index() != I) [[unlikely]]
+      throwKindMismatch(kKinds[I]);
+    return *std::get_if<I>(&v_);
+  }
+
  public:
   Variant() noexcept = default;
   Variant(UString s);  // NOLINT(google-explicit-constructor): values convert freely
@@ -145,26 +153,11 @@ class Variant {
 
   // Checked accessors: each throws TypeMismatchException (lxbasic/exceptions.h) when the
   // value is of another kind. as<T>() below answers std::nullopt instead of throwing.
-  const UString& string() const {
-    if (!isString()) [[unlikely]] throwKindMismatch(ValueKind::String);
-    return stringUnchecked();
-  }
-  const Number& number() const {
-    if (!isNumber()) [[unlikely]] throwKindMismatch(ValueKind::Number);
-    return numberUnchecked();
-  }
-  const ObjectRef& object() const {
-    if (!isObject()) [[unlikely]] throwKindMismatch(ValueKind::Object);
-    return objectUnchecked();
-  }
-  const ArrayRef& array() const {
-    if (!isArray()) [[unlikely]] throwKindMismatch(ValueKind::Array);
-    return arrayUnchecked();
-  }
-  double dateSeconds() const {
-    if (!isDate()) [[unlikely]] throwKindMismatch(ValueKind::Date);
-    return dateSecondsUnchecked();
-  }
+  const UString& string() const { return *checked<1>(); }
+  const Number& number() const { return checked<2>(); }
+  const ObjectRef& object() const { return checked<3>(); }
+  const ArrayRef& array() const { return checked<4>(); }
+  double dateSeconds() const { return checked<5>().seconds; }
 
   // For the engine's own paths that have tested the kind already: no check at all, and
   // undefined behaviour when the kind is another.
@@ -177,8 +170,8 @@ class Variant {
   // The value as a standard type, or std::nullopt when it is of another kind or out of
   // range. T is one of: UString (std::u16string), std::string (UTF-8), bool, any integer type
   // (the number must be integral and fit), double, float, std::vector<Variant> (a copy of
-  // an array's items), std::chrono::system_clock::time_point (a date, to the microsecond), Number, ArrayRef,
-  // ObjectRef. Strings are never parsed: as<int>() of "12" is std::nullopt.
+  // an array's items), std::chrono::system_clock::time_point (a date, to the microsecond), Number,
+  // ArrayRef, ObjectRef. Strings are never parsed: as<int>() of "12" is std::nullopt.
   template <class T>
   std::optional<T> as() const;
 

@@ -130,8 +130,8 @@ const char* kindName(ValueKind kind) {
 }  // namespace
 
 void Variant::throwKindMismatch(ValueKind wanted) const {
-  throw TypeMismatchException(std::string("a value of kind ") + kindName(kind()) +
-                              " was read as " + kindName(wanted));
+  throw TypeMismatchException(std::string("a value of kind ") + kindName(kind()) + " was read as " +
+                              kindName(wanted));
 }
 
 const ObjectRef& nullObject() {

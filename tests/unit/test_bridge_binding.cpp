@@ -62,11 +62,7 @@ lxtest::Outcome runWithMeter(std::u16string_view text) {
 }  // namespace
 
 TEST(Binding, SixtyFourBitValuesTravelWhole) {
-  struct Case {
-    std::u16string_view line;
-    std::u16string_view text;
-  };
-  const Case cases[] = {
+  const lxtest::TextCase cases[] = {
       {u"RESULT = Big", u"5000000000"},
       {u"RESULT = Twice(3000000000)", u"6000000000"},
       {u"RESULT = Twice(-4611686018427387904)", u"-9223372036854775808"},
@@ -84,17 +80,17 @@ TEST(Binding, SixtyFourBitValuesTravelWhole) {
       {u"RESULT = Limit", u"7"},
       {u"Limit(12)\nRESULT = Limit", u"12"},
   };
-  for (const Case& c : cases) {
-    auto o = runWithMeter(c.line);
-    EXPECT_EQ(o.code(), 0) << lx::toUtf8(c.line) << ": " << o.description();
-    EXPECT_EQ(o.text(), c.text) << lx::toUtf8(c.line);
-  }
+  lxtest::expectTexts(cases, runWithMeter);
 }
 
 TEST(Binding, UnsignedParametersRefuseValuesThatWouldWrap) {
   const std::u16string_view lines[] = {
-      u"U32(-1)",           u"U32(4294967296)", u"U8(256)",
-      u"U64(\"-5\")",       u"U64(-0.9 - 1)",   u"U64(\"99999999999999999999\")",
+      u"U32(-1)",
+      u"U32(4294967296)",
+      u"U8(256)",
+      u"U64(\"-5\")",
+      u"U64(-0.9 - 1)",
+      u"U64(\"99999999999999999999\")",
       u"Twice(&HFFFFFFFFFFFFFFFF)",
   };
   for (std::u16string_view line : lines) {

@@ -23,9 +23,8 @@ void registerThrower() {
   static bool done = false;
   if (done) return;
   done = true;
-  lx::ClassBuilder<Thrower>("Thrower").method("Boom", [](Thrower&) -> int {
-    throw std::runtime_error("boom");
-  });
+  lx::ClassBuilder<Thrower>("Thrower").method(
+      "Boom", [](Thrower&) -> int { throw std::runtime_error("boom"); });
 }
 
 const char16_t* const kProcedures =
@@ -54,8 +53,8 @@ TEST(Outcome, SignalsAreSuccessesAndErrorsAndExceptionsAreFailures) {
   };
   const Case cases[] = {
       {u"DIM RESULT = 1", true},
-      {u"DIM RESULT = 1\nEXIT\nRESULT = 2", true},   // error -1 "Correct exit" stays set
-      {u"FOR i = 1 TO 3\nEXIT FOR\nNEXT", true},     // -2, cleared by the loop
+      {u"DIM RESULT = 1\nEXIT\nRESULT = 2", true},  // error -1 "Correct exit" stays set
+      {u"FOR i = 1 TO 3\nEXIT FOR\nNEXT", true},    // -2, cleared by the loop
       {u"DIM RESULT = nosuch", false},
       {u"ON ERROR RESUME NEXT\nDIM x = nosuch", false},  // tolerated, but still the last error
   };
@@ -110,8 +109,7 @@ TEST(Call, RunsAScriptProcedureAndAnswersItsResultOrError) {
   script.setScript(kProcedures);
   script.runScript();
 
-  EXPECT_EQ(lx::toText(script.call(u"add", {lx::Variant::int32(2), lx::Variant::int32(3)})),
-            u"5");
+  EXPECT_EQ(lx::toText(script.call(u"add", {lx::Variant::int32(2), lx::Variant::int32(3)})), u"5");
   EXPECT_TRUE(script.succeeded());
   std::vector<lx::Variant> args{lx::Variant::int32(4)};
   EXPECT_TRUE(script.call(u"Bump", args).isEmpty());
@@ -148,12 +146,12 @@ TEST(LineHook, SeesEveryExecutedLineWithItsDepth) {
     return true;
   });
   script.setScript(
-      u"FUNCTION Twice(n)\n"     // 1
-      u"  Twice = n * 2\n"       // 2
-      u"END FUNCTION\n"          // 3
-      u"REM not executed\n"      // 4
-      u"\n"                      // 5
-      u"DIM RESULT = Twice(4)"   // 6
+      u"FUNCTION Twice(n)\n"    // 1
+      u"  Twice = n * 2\n"      // 2
+      u"END FUNCTION\n"         // 3
+      u"REM not executed\n"     // 4
+      u"\n"                     // 5
+      u"DIM RESULT = Twice(4)"  // 6
   );
   EXPECT_EQ(lx::toText(script.runScript()), u"8");
   const std::vector<std::pair<int32_t, int32_t>> expected = {

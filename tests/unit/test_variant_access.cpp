@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "lxbasic/exceptions.h"
@@ -16,22 +17,36 @@ using lx::Number;
 using lx::Variant;
 
 TEST(CheckedAccessors, WrongKindThrowsInsteadOfCrashing) {
-  const Variant values[] = {Variant(), Variant::int32(3), Variant(u"x"),
-                            Variant(lx::Array::make()), Variant::date(0)};
+  using Reader = void (*)(const Variant&);
+  const std::pair<lx::ValueKind, Reader> readers[] = {
+      {lx::ValueKind::String, [](const Variant& v) { (void)v.string(); }},
+      {lx::ValueKind::Number, [](const Variant& v) { (void)v.number(); }},
+      {lx::ValueKind::Object, [](const Variant& v) { (void)v.object(); }},
+      {lx::ValueKind::Array, [](const Variant& v) { (void)v.array(); }},
+      {lx::ValueKind::Date, [](const Variant& v) { (void)v.dateSeconds(); }},
+  };
+  const Variant values[] = {Variant(),
+                            Variant::int32(3),
+                            Variant(u"x"),
+                            Variant(lx::nullObject()),
+                            Variant(lx::Array::make()),
+                            Variant::date(0)};
   for (const Variant& v : values) {
-    const auto kind = v.kind();
-    if (kind != lx::ValueKind::String) EXPECT_THROW(v.string(), lx::TypeMismatchException);
-    if (kind != lx::ValueKind::Number) EXPECT_THROW(v.number(), lx::TypeMismatchException);
-    if (kind != lx::ValueKind::Object) EXPECT_THROW(v.object(), lx::TypeMismatchException);
-    if (kind != lx::ValueKind::Array) EXPECT_THROW(v.array(), lx::TypeMismatchException);
-    if (kind != lx::ValueKind::Date) EXPECT_THROW(v.dateSeconds(), lx::TypeMismatchException);
+    for (const auto& [kind, read] : readers) {
+      if (kind == v.kind()) {
+        EXPECT_NO_THROW(read(v));
+      } else {
+        EXPECT_THROW(read(v), lx::TypeMismatchException) << lx::toUtf8(lx::toText(v));
+      }
+    }
   }
-  EXPECT_EQ(Variant(u"x").string(), u"x");
+  std::string message;
   try {
     (void)Variant::int32(3).string();
   } catch (const lx::TypeMismatchException& e) {
-    EXPECT_STREQ(e.what(), "a value of kind Number was read as String");
+    message = e.what();
   }
+  EXPECT_EQ(message, "a value of kind Number was read as String");
 }
 
 TEST(AsOptional, AnswersOnlyWhatTheValueHolds) {
@@ -89,11 +104,7 @@ TEST(UnsignedNumbers, KeepEveryDigitAndCompareBySign) {
 }
 
 TEST(UnsignedNumbers, RadixLiteralsAboveInt64KeepTheirValue) {
-  struct Case {
-    std::u16string_view expr;
-    std::u16string_view text;
-  };
-  const Case cases[] = {
+  const lxtest::TextCase cases[] = {
       {u"&HFFFFFFFFFFFFFFFF", u"18446744073709551615"},
       {u"&H8000000000000000", u"9223372036854775808"},
       {u"&H7FFFFFFFFFFFFFFF", u"9223372036854775807"},
@@ -102,9 +113,9 @@ TEST(UnsignedNumbers, RadixLiteralsAboveInt64KeepTheirValue) {
       {u"&HFFFFFFFFFFFFFFFF + 0", u"1.8446744073709552e+19"},  // arithmetic is in doubles
       {u"VarType(&HFFFFFFFFFFFFFFFF)", u"2"},
   };
-  for (const Case& c : cases) {
+  lxtest::expectTexts(cases, [](std::u16string_view expr) {
     std::u16string line = u"RESULT = ";
-    line += c.expr;
-    EXPECT_EQ(lxtest::run(line).text(), c.text) << lx::toUtf8(c.expr);
-  }
+    line += expr;
+    return lxtest::run(line);
+  });
 }
