@@ -1,6 +1,7 @@
 # Runs PROGRAM (with "--console SCRIPT" when SCRIPT is given) and requires exit status 0 and a
-# standard output equal to the file EXPECTED.
-set(command ${PROGRAM})
+# standard output equal to the file EXPECTED. A script that includes this one may set WRAPPER
+# (a command that runs the program) and ARGS (further arguments).
+set(command ${WRAPPER} ${PROGRAM} ${ARGS})
 if(DEFINED SCRIPT)
   list(APPEND command --console ${SCRIPT})
 endif()

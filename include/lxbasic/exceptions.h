@@ -43,6 +43,20 @@ class LX_API InvalidArgumentException : public Exception {
       : Exception("InvalidArgument", reason) {}
 };
 
+// A value was read as a kind it is not, e.g. Variant::string() on a number. The checked
+// accessors of Variant throw it; Variant::as<T>() answers std::nullopt instead.
+class LX_API TypeMismatchException : public Exception {
+ public:
+  explicit TypeMismatchException(const std::string& reason) : Exception("TypeMismatch", reason) {}
+};
+
+// A host registration that could only go wrong later: a selector whose colons do not match
+// the C++ parameters, a selector registered twice. Thrown by ClassBuilder at registration.
+class LX_API BindingException : public Exception {
+ public:
+  explicit BindingException(const std::string& reason) : Exception("Binding", reason) {}
+};
+
 // "Name: reason" for the engine's exceptions, the reason for any other std::exception; for
 // reporting what LxBasicScript::lastException() or a runScript() caller received.
 inline std::string describeException(const std::exception_ptr& thrown) {

@@ -2,15 +2,22 @@
 //
 //   lx::LxBasicScript script;
 //   script.addObj(std::make_shared<MyHostObject>());
-//   script.setScript(u"RESULT = Greet(\"world\")");
+//   script.setScript(u"DIM RESULT = Greet(\"world\")");
 //   script.setTimeout(5);
 //   lx::Variant result = script.run();          // background thread under a watchdog
-//   if (auto err = script.error()) std::cerr << lx::toUtf8(err->description());
+//   if (script.failed()) std::cerr << lx::toUtf8(script.error()->description());
+//
+// Beyond the classic host interface (script text, time limit, run, runScript, terminate,
+// error, running, line, reset, checkSyntax, variables and host objects) the object offers
+// succeeded()/failed(), restart(), call() and a line hook.
 #pragma once
 
 #include <cstdint>
 #include <exception>
+#include <functional>
+#include <initializer_list>
 #include <memory>
+#include <span>
 #include <string>
 
 #include "lxbasic/error.h"
@@ -59,9 +66,37 @@ class LX_API LxBasicScript {
   void terminate();
 
   ErrorRef error() const;  // nullptr when the last run went well
+  // The outcome of the last run or call: it succeeded when no error is set or the error is a
+  // signal (code 0 or below, e.g. -1 "Correct exit" after EXIT or terminate), and no
+  // exception ended it. failed() is the opposite.
+  LX_API bool succeeded() const;
+  LX_API bool failed() const;
   bool running() const;
-  int32_t line() const;      // 0-based script line of the current statement; -1 when not running
-  void reset();              // drops variables, host objects and open blocks (not procedures)
+  int32_t line() const;  // 0-based script line of the current statement; -1 when not running
+  void reset();          // drops variables, host objects and open blocks (not procedures)
+  // Returns the object to the state of a new one: library and constants registered, no
+  // variables, host objects or procedures, no open definition or block, error cleared. The
+  // script text, time limit, dialog provider, line hook and evaluator choice stay. Throws
+  // InvalidArgumentException while the script is running.
+  LX_API void restart();
+
+  // Runs the SUB or FUNCTION `name` (defined by an earlier run) with `args` on the calling
+  // thread and answers its result (Empty for a SUB). Failures are left as a run leaves them:
+  // error 5 for an unknown name, 12 for a wrong argument count, the body's own error (its
+  // code, message and line text) otherwise; see succeeded(). Variables the body assigns
+  // that only the script has are the script's. Throws InvalidArgumentException while the
+  // script is running.
+  LX_API Variant call(UStringView name, std::span<const Variant> args);
+  LX_API Variant call(UStringView name, std::initializer_list<Variant> args = {});
+
+  // Called before each executed line with the 1-based line of the script text (inside
+  // procedures: the line of the body in the script text) and the call depth (0 at the top,
+  // 1 inside a procedure called from there, ...). Answering false stops the run as
+  // terminate() does. Runs on the script's thread; an exception from it ends the run as a
+  // host method's would. An empty function removes the hook. Throws InvalidArgumentException
+  // while the script is running.
+  using LineHook = std::function<bool(int32_t line, int32_t depth)>;
+  LX_API void setLineHook(LineHook hook);
   bool checkSyntax() const;  // always true: nothing is checked before a run
 
   ValueRef addVarWithName(UStringView name, const Variant& value);

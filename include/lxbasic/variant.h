@@ -1,10 +1,14 @@
 // The dynamically typed script value and the objects it can refer to.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
+#include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <variant>
 #include <vector>
 
@@ -47,15 +51,22 @@ class LX_API Object : public std::enable_shared_from_this<Object> {
 using ObjectRef = std::shared_ptr<Object>;
 
 // A number remembers how it was made, because an int, a 64-bit int, a boolean and a double
-// print differently ("1", "1", "1", "1.5") and convert differently.
+// print differently ("1", "1", "1", "1.5") and convert differently. UInt64 holds unsigned
+// values above INT64_MAX (radix literals such as &HFFFFFFFFFFFFFFFF, unsigned host returns)
+// so that they keep every digit. (Not "Bool": X11 headers define that name as a macro.)
 class LX_API Number {
  public:
-  enum class Type : uint8_t { Int32, Int64, Bool, Double };
+  enum class Type : uint8_t { Int32, Int64, Boolean, Double, UInt64 };
 
   constexpr Number() noexcept : type_(Type::Int32), i_(0) {}
   static constexpr Number int32(int32_t v) noexcept { return Number(Type::Int32, v); }
   static constexpr Number int64(int64_t v) noexcept { return Number(Type::Int64, v); }
-  static constexpr Number boolean(bool v) noexcept { return Number(Type::Bool, v ? 1 : 0); }
+  static constexpr Number boolean(bool v) noexcept { return Number(Type::Boolean, v ? 1 : 0); }
+  // Int64 when the value fits, UInt64 above INT64_MAX.
+  static constexpr Number uint64(uint64_t v) noexcept {
+    return Number(v > static_cast<uint64_t>(INT64_MAX) ? Type::UInt64 : Type::Int64,
+                  static_cast<int64_t>(v));
+  }
   static Number real(double v) noexcept {
     Number n;
     n.type_ = Type::Double;
@@ -66,8 +77,13 @@ class LX_API Number {
   Type type() const noexcept { return type_; }
   bool isDouble() const noexcept { return type_ == Type::Double; }
   double toDouble() const noexcept;
-  // 64-bit value: a double is truncated toward zero (out of range and NaN give INT64_MIN).
+  // 64-bit value: a double is truncated toward zero (out of range and NaN give INT64_MIN);
+  // an unsigned value above INT64_MAX keeps its bit pattern (wraps to a negative number).
   int64_t toInt64() const noexcept;
+  // The exact integer, when the number is one that fits T's range: integers and booleans,
+  // and doubles without a fraction. std::nullopt otherwise.
+  std::optional<int64_t> exactInt64() const noexcept;
+  std::optional<uint64_t> exactUInt64() const noexcept;
   // 32-bit value: a 64-bit integer keeps its low 32 bits; a double is truncated toward zero
   // the way the processor does it (out of range and NaN give INT32_MIN).
   int32_t toInt32() const noexcept;
@@ -99,6 +115,14 @@ using ArrayRef = std::shared_ptr<Array>;
 // A script value: Empty (no object), String, Number, Object, Array or Date.
 // Strings are shared immutable buffers, so copying a Variant never copies text.
 class LX_API Variant {
+  // The alternative I, or TypeMismatchException; defined first so the accessors can use it.
+  template <size_t I>
+  const auto& checked() const {
+    if (v_.index() != I) [[unlikely]]
+      throwKindMismatch(kKinds[I]);
+    return *std::get_if<I>(&v_);
+  }
+
  public:
   Variant() noexcept = default;
   Variant(UString s);  // NOLINT(google-explicit-constructor): values convert freely
@@ -116,6 +140,7 @@ class LX_API Variant {
   static Variant int64(int64_t v) { return Number::int64(v); }
   static Variant boolean(bool v) { return Number::boolean(v); }
   static Variant real(double v) { return Number::real(v); }
+  static Variant uint64(uint64_t v) { return Number::uint64(v); }
   static Variant date(double secondsSince1970) { return Date{secondsSince1970}; }
 
   ValueKind kind() const noexcept { return kKinds[v_.index()]; }
@@ -126,12 +151,34 @@ class LX_API Variant {
   bool isArray() const noexcept { return v_.index() == 4; }
   bool isDate() const noexcept { return v_.index() == 5; }
 
-  // Accessors; each requires the matching kind.
-  const UString& string() const noexcept { return **std::get_if<1>(&v_); }
-  const Number& number() const noexcept { return *std::get_if<2>(&v_); }
-  const ObjectRef& object() const noexcept { return *std::get_if<3>(&v_); }
-  const ArrayRef& array() const noexcept { return *std::get_if<4>(&v_); }
-  double dateSeconds() const noexcept { return std::get_if<5>(&v_)->seconds; }
+  // Checked accessors: each throws TypeMismatchException (lxbasic/exceptions.h) when the
+  // value is of another kind. as<T>() below answers std::nullopt instead of throwing.
+  const UString& string() const { return *checked<1>(); }
+  const Number& number() const { return checked<2>(); }
+  const ObjectRef& object() const { return checked<3>(); }
+  const ArrayRef& array() const { return checked<4>(); }
+  double dateSeconds() const { return checked<5>().seconds; }
+
+  // For the engine's own paths that have tested the kind already: no check at all, and
+  // undefined behaviour when the kind is another.
+  const UString& stringUnchecked() const noexcept { return **std::get_if<1>(&v_); }
+  const Number& numberUnchecked() const noexcept { return *std::get_if<2>(&v_); }
+  const ObjectRef& objectUnchecked() const noexcept { return *std::get_if<3>(&v_); }
+  const ArrayRef& arrayUnchecked() const noexcept { return *std::get_if<4>(&v_); }
+  double dateSecondsUnchecked() const noexcept { return std::get_if<5>(&v_)->seconds; }
+
+  // The value as a standard type, or std::nullopt when it is of another kind or out of
+  // range. T is one of: UString (std::u16string), std::string (UTF-8), bool, any integer type
+  // (the number must be integral and fit), double, float, std::vector<Variant> (a copy of
+  // an array's items), std::chrono::system_clock::time_point (a date, to the microsecond), Number,
+  // ArrayRef, ObjectRef. Strings are never parsed: as<int>() of "12" is std::nullopt.
+  template <class T>
+  std::optional<T> as() const;
+
+  // A value made from a standard type: the inverse of as<T>(). Integers of up to 32 bits
+  // become 32-bit numbers, wider ones 64-bit (or unsigned 64-bit) numbers.
+  template <class T>
+  static Variant from(const T& value);
 
   // The object as T, or nullptr when the value is no object or another class.
   template <class T>
@@ -140,6 +187,8 @@ class LX_API Variant {
   }
 
  private:
+  [[noreturn]] LX_API void throwKindMismatch(ValueKind wanted) const;
+  LX_API std::string utf8Text() const;
   static constexpr ValueKind kKinds[] = {ValueKind::Empty,  ValueKind::String, ValueKind::Number,
                                          ValueKind::Object, ValueKind::Array,  ValueKind::Date};
   std::variant<std::monostate, std::shared_ptr<const UString>, Number, ObjectRef, ArrayRef, Date>
@@ -158,6 +207,75 @@ class LX_API Array {
   }
   std::vector<Variant> items;
 };
+
+template <class T>
+std::optional<T> Variant::as() const {
+  using Clock = std::chrono::system_clock;
+  if constexpr (std::is_same_v<T, UString>) {
+    if (isString()) return stringUnchecked();
+  } else if constexpr (std::is_same_v<T, std::string>) {
+    if (isString()) return utf8Text();
+  } else if constexpr (std::is_same_v<T, bool>) {
+    if (isNumber()) return numberUnchecked().toBool();
+  } else if constexpr (std::is_integral_v<T>) {
+    if (!isNumber()) return std::nullopt;
+    if constexpr (std::is_signed_v<T>) {
+      auto v = numberUnchecked().exactInt64();
+      if (v && *v >= std::numeric_limits<T>::min() && *v <= std::numeric_limits<T>::max()) {
+        return static_cast<T>(*v);
+      }
+    } else {
+      auto v = numberUnchecked().exactUInt64();
+      if (v && *v <= std::numeric_limits<T>::max()) return static_cast<T>(*v);
+    }
+  } else if constexpr (std::is_floating_point_v<T>) {
+    if (isNumber()) return static_cast<T>(numberUnchecked().toDouble());
+  } else if constexpr (std::is_same_v<T, std::vector<Variant>>) {
+    if (isArray()) return arrayUnchecked()->items;
+  } else if constexpr (std::is_same_v<T, Clock::time_point>) {
+    if (isDate()) {
+      // Dates hold seconds in a double: good to the microsecond for this era, not finer.
+      auto since = std::chrono::duration<double>(dateSecondsUnchecked());
+      return Clock::time_point(std::chrono::round<std::chrono::microseconds>(since));
+    }
+  } else if constexpr (std::is_same_v<T, Number>) {
+    if (isNumber()) return numberUnchecked();
+  } else if constexpr (std::is_same_v<T, ArrayRef>) {
+    if (isArray()) return arrayUnchecked();
+  } else if constexpr (std::is_same_v<T, ObjectRef>) {
+    if (isObject()) return objectUnchecked();
+  } else {
+    static_assert(sizeof(T) == 0, "Variant::as<T>: no conversion for this type");
+  }
+  return std::nullopt;
+}
+
+template <class T>
+Variant Variant::from(const T& value) {
+  using Clock = std::chrono::system_clock;
+  if constexpr (std::is_same_v<T, bool>) {
+    return boolean(value);
+  } else if constexpr (std::is_integral_v<T> && sizeof(T) <= 4 &&
+                       (std::is_signed_v<T> || sizeof(T) < 4)) {
+    return int32(static_cast<int32_t>(value));
+  } else if constexpr (std::is_integral_v<T> && std::is_signed_v<T>) {
+    return int64(static_cast<int64_t>(value));
+  } else if constexpr (std::is_integral_v<T>) {
+    return uint64(static_cast<uint64_t>(value));
+  } else if constexpr (std::is_floating_point_v<T>) {
+    return real(static_cast<double>(value));
+  } else if constexpr (std::is_same_v<T, std::string>) {
+    return fromUtf8(value);
+  } else if constexpr (std::is_convertible_v<const T&, UStringView>) {
+    return Variant(UStringView(value));
+  } else if constexpr (std::is_same_v<T, std::vector<Variant>>) {
+    return Variant(std::make_shared<Array>(value));
+  } else if constexpr (std::is_same_v<T, Clock::time_point>) {
+    return date(std::chrono::duration<double>(value.time_since_epoch()).count());
+  } else {
+    return Variant(value);
+  }
+}
 
 // The null object: what an Empty argument becomes on its way into a call. Its text is
 // "<null>" and it is of kind Object, never Empty.

@@ -5,25 +5,10 @@
 #include <unordered_map>
 
 #include "lxbasic/bridge.h"
+#include "lxbasic/exceptions.h"
 #include "lxbasic/text.h"
 
 namespace lx {
-
-const MethodInfo* ClassInfo::instanceMethod(std::string_view selector) const {
-  for (const ClassInfo* c = this; c; c = c->super_) {
-    for (const MethodInfo& m : c->methods_) {
-      if (m.selector == selector) return &m;
-    }
-  }
-  return nullptr;
-}
-
-void ClassInfo::addMethod(MethodInfo m) {
-  for (const MethodInfo& existing : methods_) {
-    if (existing.selector == m.selector) return;
-  }
-  methods_.push_back(std::move(m));
-}
 
 struct ClassRegistry::Impl {
   mutable std::shared_mutex mutex;
@@ -73,6 +58,8 @@ namespace {
 // argument count (the first registered wins).
 using MethodTable = std::unordered_map<UString, std::vector<const MethodInfo*>>;
 
+// One lock guards the tables and every class's method list, so that a method registered
+// while scripts run on other threads is seen whole or not at all.
 struct MethodCache {
   std::shared_mutex mutex;
   std::unordered_map<const ClassInfo*, MethodTable> tables;
@@ -83,45 +70,73 @@ MethodCache& methodCache() {
   return cache;
 }
 
+int32_t colonCount(std::string_view selector) {
+  return static_cast<int32_t>(std::count(selector.begin(), selector.end(), ':'));
+}
+
 MethodTable buildTable(const ClassInfo& cls) {
   MethodTable table;
   for (const MethodInfo& m : cls.methods()) {
     size_t colon = m.selector.find(':');
     UString key = upperCase(fromUtf8(m.selector.substr(0, colon)));
-    auto params = static_cast<int32_t>(std::count(m.selector.begin(), m.selector.end(), ':'));
+    const int32_t params = colonCount(m.selector);
     auto& entries = table[key];
     bool taken = false;
-    for (const MethodInfo* e : entries) {
-      taken = taken || std::count(e->selector.begin(), e->selector.end(), ':') == params;
-    }
+    for (const MethodInfo* e : entries) taken = taken || colonCount(e->selector) == params;
     if (!taken) entries.push_back(&m);
   }
   return table;
 }
 
-const MethodTable& tableFor(const ClassInfo& cls) {
-  MethodCache& cache = methodCache();
-  {
-    std::shared_lock lock(cache.mutex);
-    if (auto it = cache.tables.find(&cls); it != cache.tables.end()) return it->second;
+const MethodInfo* lookUp(const MethodTable& table, const UString& key, int32_t n) {
+  auto it = table.find(key);
+  if (it == table.end()) return nullptr;
+  for (const MethodInfo* m : it->second) {
+    if (colonCount(m->selector) == n) return m;
   }
-  std::unique_lock lock(cache.mutex);
-  auto [it, inserted] = cache.tables.try_emplace(&cls);
-  if (inserted) it->second = buildTable(cls);
-  return it->second;
+  return nullptr;
 }
 
 }  // namespace
 
-const MethodInfo* findMethod(const ClassInfo* cls, UStringView name, int32_t n) {
-  if (!cls || name.empty()) return nullptr;
-  const MethodTable& table = tableFor(*cls);
-  auto it = table.find(upperCase(name));
-  if (it == table.end()) return nullptr;
-  for (const MethodInfo* m : it->second) {
-    if (std::count(m->selector.begin(), m->selector.end(), ':') == n) return m;
+const MethodInfo* ClassInfo::instanceMethod(std::string_view selector) const {
+  std::shared_lock lock(methodCache().mutex);
+  for (const ClassInfo* c = this; c; c = c->super_) {
+    for (const MethodInfo& m : c->methods_) {
+      if (m.selector == selector) return &m;
+    }
   }
   return nullptr;
+}
+
+void ClassInfo::addMethod(MethodInfo m) {
+  MethodCache& cache = methodCache();
+  std::unique_lock lock(cache.mutex);
+  for (const MethodInfo& existing : methods_) {
+    if (existing.selector == m.selector) {
+      throw BindingException("class " + name_ + ": the selector \"" + m.selector +
+                             "\" is registered twice");
+    }
+  }
+  methods_.push_back(std::move(m));
+  // Scripts that looked the class up before see the new method on their next call.
+  cache.tables.erase(this);
+}
+
+const MethodInfo* findMethod(const ClassInfo* cls, UStringView name, int32_t n) {
+  if (!cls || name.empty()) return nullptr;
+  const UString key = upperCase(name);
+  MethodCache& cache = methodCache();
+  {
+    std::shared_lock lock(cache.mutex);
+    if (auto it = cache.tables.find(cls); it != cache.tables.end()) {
+      return lookUp(it->second, key, n);
+    }
+  }
+  std::unique_lock lock(cache.mutex);
+  auto [it, inserted] = cache.tables.try_emplace(cls);
+  if (inserted) it->second = buildTable(*cls);
+  return lookUp(it->second, key, n);
 }
 
 const MethodInfo* findMethodBySel(const ClassInfo* cls, std::string_view selector) {

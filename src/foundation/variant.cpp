@@ -7,6 +7,7 @@
 #include <typeinfo>
 
 #include "lxbasic/bridge.h"
+#include "lxbasic/exceptions.h"
 #include "lxbasic/text.h"
 
 namespace lx {
@@ -32,7 +33,29 @@ std::string Object::className() const {
 }
 
 double Number::toDouble() const noexcept {
+  if (type_ == Type::UInt64) return static_cast<double>(static_cast<uint64_t>(i_));
   return type_ == Type::Double ? d_ : static_cast<double>(i_);
+}
+
+namespace {
+
+// 2^63 as a double: the first value outside int64_t, and the first above INT64_MAX.
+constexpr double kTwoPow63 = 9223372036854775808.0;
+
+}  // namespace
+
+std::optional<int64_t> Number::exactInt64() const noexcept {
+  if (type_ == Type::UInt64) return std::nullopt;
+  if (type_ != Type::Double) return i_;
+  if (!(d_ >= -kTwoPow63 && d_ < kTwoPow63) || std::trunc(d_) != d_) return std::nullopt;
+  return static_cast<int64_t>(d_);
+}
+
+std::optional<uint64_t> Number::exactUInt64() const noexcept {
+  if (type_ == Type::UInt64) return static_cast<uint64_t>(i_);
+  if (type_ != Type::Double) return i_ < 0 ? std::nullopt : std::optional<uint64_t>(i_);
+  if (!(d_ >= 0 && d_ < 2 * kTwoPow63) || std::trunc(d_) != d_) return std::nullopt;
+  return static_cast<uint64_t>(d_);
 }
 
 int64_t Number::toInt64() const noexcept {
@@ -63,6 +86,8 @@ UString Number::text() const {
     if (exponent >= -4 && exponent < 16) {
       r = std::to_chars(buf, buf + sizeof buf, d_, std::chars_format::fixed);
     }
+  } else if (type_ == Type::UInt64) {
+    r = std::to_chars(buf, buf + sizeof buf, static_cast<uint64_t>(i_));
   } else {
     r = std::to_chars(buf, buf + sizeof buf, i_);
   }
@@ -70,7 +95,10 @@ UString Number::text() const {
 }
 
 bool Number::equals(const Number& other) const noexcept {
-  if (type_ != Type::Double && other.type_ != Type::Double) return i_ == other.i_;
+  if (type_ != Type::Double && other.type_ != Type::Double) {
+    // The same bits mean different values when only one side is unsigned.
+    return i_ == other.i_ && (i_ >= 0 || (type_ == Type::UInt64) == (other.type_ == Type::UInt64));
+  }
   return toDouble() == other.toDouble();
 }
 
@@ -86,6 +114,24 @@ Variant::Variant(ArrayRef a) {
 
 Variant Variant::fromUtf8(std::string_view utf8) {
   return Variant(lx::fromUtf8(utf8));
+}
+
+std::string Variant::utf8Text() const {
+  return toUtf8(stringUnchecked());
+}
+
+namespace {
+
+const char* kindName(ValueKind kind) {
+  static const char* const names[] = {"Empty", "String", "Number", "Object", "Array", "Date"};
+  return names[static_cast<int32_t>(kind)];
+}
+
+}  // namespace
+
+void Variant::throwKindMismatch(ValueKind wanted) const {
+  throw TypeMismatchException(std::string("a value of kind ") + kindName(kind()) + " was read as " +
+                              kindName(wanted));
 }
 
 const ObjectRef& nullObject() {

@@ -101,6 +101,7 @@ void ScriptCore::mainLoop() {
     PreparedLine& line = prepared_[index];
     currentScriptLine_.store(line.scriptLine, std::memory_order_relaxed);
     if (line.kind == kEmpty || line.kind == kRem) continue;
+    if (lineHook_ && !callLineHook()) break;
     currentCode_ = compiled ? codeFor(line) : nullptr;
     if (currentCode_ && currentCode_->reference()) currentCode_ = nullptr;
     ++(currentCode_ ? compiledLines : referenceLines);

@@ -219,7 +219,8 @@ void ScriptCore::parseFunc(const UString& line) {
 }
 
 void ScriptCore::appendToOpenProcedure(const UString& line) {
-  _newsub->body().addString(Variant(line));
+  // Each body line remembers its line in the host's text, for the line hook.
+  _newsub->body().addString(Variant(line), Variant::int32(sourceLine()));
 }
 
 void ScriptCore::parseEndFunc(const UString& line) {

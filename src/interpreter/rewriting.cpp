@@ -71,8 +71,10 @@ int32_t leadingIntOf(const Variant& v) {
     const Number& n = v.number();
     switch (n.type()) {
       case Number::Type::Int32:
-      case Number::Type::Bool:
+      case Number::Type::Boolean:
         return n.toInt32();
+      case Number::Type::UInt64:
+        return INT32_MAX;  // its digits exceed every 32-bit integer
       case Number::Type::Int64: {
         const int64_t i = n.toInt64();
         return i > INT32_MAX ? INT32_MAX : i < INT32_MIN ? INT32_MIN : static_cast<int32_t>(i);
@@ -125,8 +127,7 @@ Variant radixLiteral(UStringView digits, unsigned radix) {
     if (value > (UINT64_MAX - d) / radix) overflow = true;
     value = overflow ? UINT64_MAX : value * radix + d;
   }
-  if (value > static_cast<uint64_t>(INT64_MAX)) return Variant::real(static_cast<double>(value));
-  return Variant::int64(static_cast<int64_t>(value));
+  return Variant::uint64(value);
 }
 
 }  // namespace lx

@@ -28,6 +28,7 @@ std::shared_ptr<ScriptCore> ScriptCore::createChild(ScriptCore& owner) {
   child->_owner = &owner;
   child->_subs = owner._subs;  // shared, so a child needs no table of its own
   child->dialogs_ = owner.dialogs_;
+  child->lineHook_ = owner.lineHook_;
   child->initialise();
   child->_objs.insert(child->_objs.end(), owner._objs.begin() + (owner._objs.empty() ? 0 : 1),
                       owner._objs.end());
@@ -131,6 +132,29 @@ void ScriptCore::reset() {
   _ignore_error = 0;
 }
 
+void ScriptCore::restart() {
+  if (running()) throw InvalidArgumentException("restart: the script is running");
+  _vars.clear();
+  _objs.clear();
+  _ifs.clear();
+  _loops.clear();
+  _tmps.clear();
+  _newsub.reset();
+  _subs = makeProcedureTable(*this);
+  _curline = 0;
+  _ignore_error = 0;
+  _stack.store(0);
+  setError(nullptr);
+  stop_.store(false);
+  clearLastException();
+  initialise();
+}
+
+void ScriptCore::clearLastException() {
+  std::lock_guard lock(exceptionMutex_);
+  lastException_ = nullptr;
+}
+
 void ScriptCore::addObj(ObjectRef obj) {
   if (!obj) return;
   if (auto* aware = dynamic_cast<ScriptAware*>(obj.get())) {
@@ -214,6 +238,7 @@ Variant LxBasicScript::run(const Variant& argument) {
   return core_->run(argument);
 }
 Variant LxBasicScript::runScript(const Variant& argument) {
+  core_->clearLastException();
   return core_->runScript(argument);
 }
 void LxBasicScript::terminate() {
@@ -230,6 +255,26 @@ int32_t LxBasicScript::line() const {
 }
 void LxBasicScript::reset() {
   core_->reset();
+}
+void LxBasicScript::restart() {
+  core_->restart();
+}
+bool LxBasicScript::succeeded() const {
+  if (core_->lastException()) return false;
+  ErrorRef e = core_->error();
+  return !e || e->code() <= 0;
+}
+bool LxBasicScript::failed() const {
+  return !succeeded();
+}
+Variant LxBasicScript::call(UStringView name, std::span<const Variant> args) {
+  return core_->call(name, args);
+}
+Variant LxBasicScript::call(UStringView name, std::initializer_list<Variant> args) {
+  return core_->call(name, std::span<const Variant>(args.begin(), args.size()));
+}
+void LxBasicScript::setLineHook(LineHook hook) {
+  core_->setLineHook(std::move(hook));
 }
 bool LxBasicScript::checkSyntax() const {
   return core_->checkSyntax();

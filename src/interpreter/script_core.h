@@ -12,6 +12,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <span>
@@ -63,6 +64,18 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   int32_t line() const;
   void terminate();
   void reset();
+  // Back to the state of a new script object; the text and the host's settings stay.
+  void restart();
+  // Runs the procedure `name` on the calling thread; errors are left as a run leaves them.
+  Variant call(UStringView name, std::span<const Variant> args);
+  // The hook called before each executed line (line_hook.cpp); none when empty.
+  using LineHook = std::function<bool(int32_t line, int32_t depth)>;
+  void setLineHook(LineHook hook);
+  // Calls the hook for the current line; false when it asked the run to stop.
+  bool callLineHook();
+  // The 0-based line of the host's script text that the current line came from, also inside
+  // procedure bodies.
+  int32_t sourceLine() const;
   bool checkSyntax() const noexcept { return true; }
   int32_t stack() const noexcept { return _stack.load(); }
   void setStack(int32_t s) noexcept { _stack.store(s); }
@@ -76,6 +89,7 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   bool getSel(const MethodInfo** method, ObjectRef* obj, UStringView name, int32_t n) const;
   LxBasicFunc& library() const noexcept { return *library_; }
   std::exception_ptr lastException() const;
+  void clearLastException();
   void setDialogProvider(std::shared_ptr<DialogProvider> p) { dialogs_ = std::move(p); }
   const std::shared_ptr<DialogProvider>& dialogProvider() const noexcept { return dialogs_; }
 
@@ -253,6 +267,9 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   std::atomic<bool> referenceEvaluator_{false};
   uint64_t varsEpoch_ = nextBindingEpoch();
   uint64_t objsEpoch_ = nextBindingEpoch();
+  // The root script's hook; child scripts point at their root's.
+  LineHook lineHookStore_;
+  const LineHook* lineHook_ = nullptr;
   // Per prepared line: its trimmed text and which handler its first words select, worked
   // out once per run instead of on every pass through a loop.
   struct PreparedLine {

@@ -1,6 +1,9 @@
 // Runs script text on the calling thread and keeps what the host would look at.
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <span>
 #include <string>
 
 #include "lxbasic/script.h"
@@ -30,6 +33,23 @@ inline Outcome run(std::u16string_view text) {
   std::u16string full = u"DIM RESULT\n";
   full += text;
   return run(script, full);
+}
+
+// One row of a table: a script text and the text its RESULT must have.
+struct TextCase {
+  std::u16string_view script;
+  std::u16string_view text;
+};
+
+// Runs every row through `runner` (text -> Outcome) and checks that it went well and gave the
+// row's text.
+template <class Runner>
+void expectTexts(std::span<const TextCase> cases, Runner runner) {
+  for (const TextCase& c : cases) {
+    Outcome o = runner(c.script);
+    EXPECT_EQ(o.code(), 0) << lx::toUtf8(c.script) << ": " << o.description();
+    EXPECT_EQ(o.text(), c.text) << lx::toUtf8(c.script);
+  }
 }
 
 }  // namespace lxtest

@@ -68,7 +68,7 @@ TEST(TypesPredicates, DefinedThroughVarType) {
   EXPECT_EQ(num(call(u"IsObject", {kNull})), 1);
   EXPECT_EQ(num(call(u"IsObject", {call(u"Array", {})})), 0);
   EXPECT_EQ(num(call(u"IsObject", {Variant::date(0)})), 0);
-  EXPECT_EQ(call(u"IsNumeric", {I(3)}).number().type(), lx::Number::Type::Bool);
+  EXPECT_EQ(call(u"IsNumeric", {I(3)}).number().type(), lx::Number::Type::Boolean);
 }
 
 TEST(TypesEngine, NameAndVersion) {

@@ -181,7 +181,7 @@ TEST(CompiledBindings, HostObjectsAddedBetweenRuns) {
 
 TEST(CompiledStats, CountLinesAndNameFallbacks) {
   lx::LxBasicScript s;
-  s.setScript(u"DIM i, n\nFOR i = 1 TO 3\nn = n + i\nNEXT\nDIM ____var_1 = 2");
+  s.setScript(u"DIM i, n\nFOR i = 1 TO 3\nn = n + i\nNEXT");
   s.runScript();
   const auto stats = s.core().executionStats();
   EXPECT_GE(stats.compiledLines, 7u);  // FOR, three assignments, three NEXTs
@@ -189,7 +189,7 @@ TEST(CompiledStats, CountLinesAndNameFallbacks) {
   EXPECT_EQ(stats.fallbacks.front().first, 1);  // the DIM lines run as they are
 
   lx::LxBasicScript temp;
-  temp.setScript(u"DIM ____var_1 = 2\n____var_1 = ____var_1 + 1");
+  temp.setScript(u"DIM ____x = 2\n____x = ____x + 1");
   temp.runScript();
   bool named = false;
   for (const auto& [line, reason] : temp.core().executionStats().fallbacks) {

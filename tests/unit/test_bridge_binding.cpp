@@ -1,0 +1,153 @@
+// Host bindings that must not go wrong silently: 64-bit and unsigned values, selectors that
+// do not fit their method, methods added late, callables of every sort, properties.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "lxbasic/bridge.h"
+#include "lxbasic/exceptions.h"
+#include "support/run.h"
+
+namespace {
+
+class Meter : public lx::Object {
+ public:
+  int64_t big() const { return 5000000000LL; }
+  int64_t twice(int64_t n) { return 2 * n; }
+  uint64_t maxUnsigned() const { return UINT64_MAX; }
+  uint32_t takeU32(uint32_t n) { return n; }
+  uint64_t takeU64(uint64_t n) { return n; }
+  uint8_t takeU8(uint8_t n) { return n; }
+  int32_t limit() const { return limit_; }
+  void setLimit(int32_t n) { limit_ = n; }
+  int32_t limit_ = 7;
+};
+
+class Late : public lx::Object {};
+class Twice : public lx::Object {};
+
+void registerMeter() {
+  static bool done = false;
+  if (done) return;
+  done = true;
+  auto offset = std::make_shared<int64_t>(100);
+  std::function<std::string(Meter&, std::string)> shout = [](Meter&, std::string s) {
+    return s + "!";
+  };
+  lx::ClassBuilder<Meter>("Meter")
+      .method("Big", &Meter::big)
+      .method<"Twice:">(&Meter::twice)
+      .method("MaxUnsigned", &Meter::maxUnsigned)
+      .method("U32:", &Meter::takeU32)
+      .method("U64:", &Meter::takeU64)
+      .method("U8:", &Meter::takeU8)
+      .method("Offset:", [offset](int64_t n) { return n + *offset; })  // captures, no receiver
+      .method("Shout:", shout)
+      .method("Counted", [calls = 0](Meter&) mutable { return ++calls; })
+      .property("Limit", &Meter::limit, &Meter::setLimit);
+}
+
+lxtest::Outcome runWithMeter(std::u16string_view text) {
+  registerMeter();
+  lx::LxBasicScript script;
+  script.addObj(std::make_shared<Meter>());
+  std::u16string full = u"DIM RESULT\n";
+  full += text;
+  return lxtest::run(script, full);
+}
+
+}  // namespace
+
+TEST(Binding, SixtyFourBitValuesTravelWhole) {
+  const lxtest::TextCase cases[] = {
+      {u"RESULT = Big", u"5000000000"},
+      {u"RESULT = Twice(3000000000)", u"6000000000"},
+      {u"RESULT = Twice(-4611686018427387904)", u"-9223372036854775808"},
+      {u"RESULT = Twice(\"3000000000\")", u"6000000000"},
+      {u"RESULT = Twice(2.9)", u"4"},
+      {u"RESULT = MaxUnsigned", u"18446744073709551615"},
+      {u"RESULT = U32(4294967295)", u"4294967295"},
+      {u"RESULT = U64(&HFFFFFFFFFFFFFFFF)", u"18446744073709551615"},
+      {u"RESULT = U64(\"18446744073709551615\")", u"18446744073709551615"},
+      {u"RESULT = U8(255)", u"255"},
+      {u"RESULT = U8(\"abc\")", u"0"},
+      {u"RESULT = Offset(1)", u"101"},
+      {u"RESULT = Shout(\"hey\")", u"hey!"},
+      {u"Counted\nRESULT = Counted()", u"2"},
+      {u"RESULT = Limit", u"7"},
+      {u"Limit(12)\nRESULT = Limit", u"12"},
+  };
+  lxtest::expectTexts(cases, runWithMeter);
+}
+
+TEST(Binding, UnsignedParametersRefuseValuesThatWouldWrap) {
+  const std::u16string_view lines[] = {
+      u"U32(-1)",
+      u"U32(4294967296)",
+      u"U8(256)",
+      u"U64(\"-5\")",
+      u"U64(-0.9 - 1)",
+      u"U64(\"99999999999999999999\")",
+      u"Twice(&HFFFFFFFFFFFFFFFF)",
+  };
+  for (std::u16string_view line : lines) {
+    EXPECT_THROW(runWithMeter(line), lx::InvalidArgumentException) << lx::toUtf8(line);
+  }
+}
+
+TEST(Binding, RegistrationRefusesSelectorsThatCouldNeverBeCalled) {
+  lx::ClassBuilder<Twice> builder("TwiceRegistered");
+  builder.method("Get", [](Twice&) { return 1; });
+  // One colon per script argument: "Add" with a parameter would never be found.
+  EXPECT_THROW(builder.method("Add", [](Twice&, int n) { return n; }), lx::BindingException);
+  EXPECT_THROW(builder.method("Add:to:", [](int n) { return n; }), lx::BindingException);
+  // A second method under one selector would be unreachable.
+  EXPECT_THROW(builder.method("Get", [](Twice&) { return 2; }), lx::BindingException);
+  EXPECT_EQ(builder.info().methods().size(), 1u);
+}
+
+TEST(Binding, MethodsAddedAfterFirstUseAreFound) {
+  lx::ClassBuilder<Late> builder("Late");
+  builder.method("First", [] { return 1; });
+  lx::LxBasicScript script;
+  script.addObj(std::make_shared<Late>());
+  script.addVarWithName(u"RESULT", lx::Variant());
+  EXPECT_EQ(lxtest::run(script, u"RESULT = First").text(), u"1");
+  EXPECT_EQ(lxtest::run(script, u"RESULT = Bump(1)").code(), 5);
+  builder.method("Bump:", [](int n) { return n + 1; });
+  EXPECT_EQ(lxtest::run(script, u"RESULT = Bump(1)").text(), u"2");
+  EXPECT_EQ(lxtest::run(script, u"RESULT = First").text(), u"1");
+}
+
+TEST(Binding, TypeCodesFollowTheSignature) {
+  registerMeter();
+  const lx::ClassInfo* cls = lx::ClassRegistry::instance().byName("Meter");
+  ASSERT_NE(cls, nullptr);
+  struct Case {
+    const char* selector;
+    const char* args;
+    char ret;
+  };
+  const Case cases[] = {
+      {"Twice:", "q", 'q'}, {"U32:", "I", 'I'},   {"U64:", "Q", 'Q'},
+      {"U8:", "C", 'C'},    {"Limit:", "i", 'v'}, {"Shout:", "@", '@'},
+  };
+  for (const Case& c : cases) {
+    const lx::MethodInfo* m = cls->instanceMethod(c.selector);
+    ASSERT_NE(m, nullptr) << c.selector;
+    EXPECT_EQ(m->argTypes, c.args) << c.selector;
+    EXPECT_EQ(m->returnType, c.ret) << c.selector;
+  }
+}
+
+// What the compile-time selector check counts: a leading reference to the class (or a base)
+// is the receiver, not a script argument.
+static_assert(lx::detail::scriptArity<Meter, decltype(&Meter::twice)>() == 1);
+static_assert(lx::detail::scriptArity<Meter, int (*)(lx::Object&, int, int)>() == 2);
+static_assert(lx::detail::scriptArity<Meter, int (*)(int, int)>() == 2);
+static_assert(lx::detail::scriptArity<Meter, std::function<int(const Meter&)>>() == 0);
+static_assert(lx::detail::scriptArity<Meter, std::function<int(Late&)>>() == 1);
+static_assert(lx::Selector("Scale:by:").colons() == 2);
