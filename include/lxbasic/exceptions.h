@@ -41,6 +41,12 @@ class InvalidArgumentException : public Exception {
       : Exception("InvalidArgument", reason) {}
 };
 
+// run or runScript on a script object whose run is still active; the active run goes on.
+class ScriptBusyException : public Exception {
+ public:
+  ScriptBusyException() : Exception("ScriptBusy", "the script is already running") {}
+};
+
 // "Name: reason" for the engine's exceptions, the reason for any other std::exception; for
 // reporting what LxBasicScript::lastException() or a runScript() caller received.
 inline std::string describeException(const std::exception_ptr& thrown) {

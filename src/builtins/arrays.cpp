@@ -18,6 +18,7 @@ namespace lx {
 namespace {
 
 void append(Array& list, Variant value) {
+  list.chargeFor(list.items.size() + 1);
   list.items.emplace_back(LxValue::make(std::move(value)));
 }
 
@@ -99,6 +100,7 @@ Variant Join2(LxBasicFunc& /*lib*/, const Variant& arr, const Variant& delimiter
       first = false;
       out += toText(element);
       if (out.size() > kMaxBuiltText) throw RangeException("Join: text too long");
+      chargeTextGrowth(out.size());
     }
     return out;
   });

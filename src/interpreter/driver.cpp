@@ -4,7 +4,9 @@
 #include <thread>
 
 #include "foundation/scanning.h"
+#include "interpreter/procedures.h"
 #include "interpreter/script_core.h"
+#include "interpreter/stack_room.h"
 #include "lxbasic/exceptions.h"
 #include "lxbasic/text.h"
 
@@ -77,9 +79,11 @@ bool endsWithContinuation(const UString& statement) {
 // ---- preparation
 
 void ScriptCore::execute(const LxBasicStringList& source) {
+  if (!sourceFits(source)) return;
   auto prepared = std::make_unique<LxBasicStringList>();
   UString continuation;
   for (size_t i = 0; i < source.count(); ++i) {
+    if (i % 1024 == 0 && stopRequested()) return;
     UString rest = source.stringAtIndex(i);
     UString last;
     const Variant index = Variant::int32(static_cast<int32_t>(i));
@@ -131,7 +135,7 @@ void ScriptCore::mainLoop() {
     const PreparedLine line = prepared_[static_cast<size_t>(_curline)];
     currentScriptLine_.store(line.scriptLine, std::memory_order_relaxed);
     if (line.kind == kEmpty || line.kind == kRem) continue;
-    executeLine(line.text);
+    if (!executeWithinLimits(line.text)) break;
     clearTmpVars();
     if (hasError() && !applyErrorPolicy(line.text, line.scriptLine)) break;
     // A stop request ends the run even under ON ERROR RESUME NEXT: a host must always be
@@ -239,14 +243,18 @@ void ScriptCore::parseOnError(const UString& line) {
 // ---- runs
 
 void ScriptCore::beginRun() {
-  _running.store(1);
+  if (!_owner) {
+    stop_.store(false);
+    std::lock_guard lock(errorMutex_);
+    stopSticky_ = false;
+  }
   setError(nullptr);
-  if (!_owner) stop_.store(false);
 }
 
 Variant ScriptCore::runScript(const Variant& argument) {
+  if (!claimRun()) throw ScriptBusyException();
   beginRun();
-  return runBody(argument);
+  return runWatched(argument);
 }
 
 Variant ScriptCore::runBody(const Variant& /*argument*/) {
@@ -256,9 +264,10 @@ Variant ScriptCore::runBody(const Variant& /*argument*/) {
       s._optimized.reset();
       s.prepared_.clear();
       s.clearTmpVars();  // an exception may have left a line's temporaries behind
-      s._running.store(0);
+      s.endRun();
     }
   } end{*this};
+  BudgetScope limits(runLimits());
   execute(_script);
   return resultValue();
 }
@@ -288,12 +297,36 @@ void ScriptCore::evalLines(const LxBasicStringList& lines) {
     std::timed_mutex& m;
     ~Relock() { m.lock(); }
   } relock{lineMutex_};
-  execute(lines);
+  // An evaluation nests a driver like a procedure call does, so it counts toward the same
+  // depth limit and moves to a fresh stack when this one runs low.
+  ScriptCore* root = getRootOwner();
+  if (root->stack() >= kMaxCallDepth) {
+    setError(LxError::make(kStackOverflow));
+    return;
+  }
+  std::exception_ptr failure;
+  auto body = [this, &lines, &failure] {
+    try {
+      execute(lines);
+    } catch (...) {
+      failure = std::current_exception();
+    }
+  };
+  root->_stack.fetch_add(1);
+  const bool ran = runWithStackRoom(body);
+  root->_stack.fetch_sub(1);
+  if (!ran) setError(LxError::make(kStackOverflow));
+  if (failure) std::rethrow_exception(failure);
+  if (stopRequested()) throw ScriptStopped();
 }
 
 void ScriptCore::runThreaded(const Variant& argument) {
   if (running()) return;
-  runScript(argument);
+  try {
+    runScript(argument);
+  } catch (const ScriptBusyException&) {
+    // Another caller took the run between the check and the start: the same refusal.
+  }
 }
 
 Variant ScriptCore::resultBetweenLines() const {
@@ -307,8 +340,8 @@ Variant ScriptCore::run() {
 }
 
 Variant ScriptCore::run(const Variant& argument) {
-  // A second run of a running script is refused; the caller gets RESULT as it stands.
-  if (running()) return resultBetweenLines();
+  // A second run of a running script is refused, atomically, whoever asks.
+  if (!claimRun()) throw ScriptBusyException();
   // Begun here, not on the new thread: a stop or time limit that comes before the thread
   // has started must not be undone by it.
   beginRun();
@@ -339,19 +372,14 @@ Variant ScriptCore::run(const Variant& argument) {
 
   std::unique_lock lock(completion->m);
   auto finished = [&] { return completion->done; };
-  const int32_t limit = _timeout.load();
+  const int64_t limit = timeLimitMs_.load();
   if (limit < 0) {
     completion->cv.wait(lock, finished);
   } else {
     // The limit has the granularity of the original polling: at least one 10 ms tick.
-    auto span = std::max(std::chrono::milliseconds(10), std::chrono::milliseconds(1000LL * limit));
+    auto span = std::chrono::milliseconds(std::max<int64_t>(10, limit));
     if (!completion->cv.wait_for(lock, span, finished)) {
-      setError(LxError::make(kTimeout));
-      {
-        std::lock_guard stopLock(stopMutex_);
-        stop_.store(true);
-      }
-      stopCv_.notify_all();
+      requestStop(LxError::make(kTimeout));
       // Most lines end at once when asked to stop; a host method that does not is left
       // running on its own thread, which owns what it uses.
       completion->cv.wait_for(lock, std::chrono::milliseconds(250), finished);

@@ -127,7 +127,8 @@ UString ScriptCore::evaluateCall(const UString& name, UString contents, const US
       return UString();
     }
     if (inner) {
-      setError(LxError::errorWithCode(inner->code() + 100, inner->desc(), inner->line()));
+      setError(
+          LxError::errorWithCode(codeOneLevelOut(inner->code()), inner->desc(), inner->line()));
       return UString();
     }
     return storeTemp(std::move(r.value));
@@ -263,6 +264,7 @@ UString ScriptCore::evaluateBracket(const UString& contents, const UString& line
     }
     return storeTemp(Variant::int32(result ? 1 : 0));
   } catch (...) {
+    rethrowIfLimit();
     setError(LxError::make(kSyntaxError, line));
     return UString();
   }
