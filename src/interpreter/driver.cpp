@@ -88,6 +88,7 @@ void ScriptCore::execute(const LxBasicStringList& source) {
     UString last;
     const Variant index = Variant::int32(static_cast<int32_t>(i));
     while (!rest.empty()) {
+      if (stopRequested()) return;
       UString upper = upperCase(rest);
       if (getTokenFrom(upper, u" ") == u"REM") {
         prepared->addString(Variant(std::move(rest)), index);
@@ -135,7 +136,7 @@ void ScriptCore::mainLoop() {
     const PreparedLine line = prepared_[static_cast<size_t>(_curline)];
     currentScriptLine_.store(line.scriptLine, std::memory_order_relaxed);
     if (line.kind == kEmpty || line.kind == kRem) continue;
-    if (!executeWithinLimits(line.text)) break;
+    executeWithinLimits(line.text);
     clearTmpVars();
     if (hasError() && !applyErrorPolicy(line.text, line.scriptLine)) break;
     // A stop request ends the run even under ON ERROR RESUME NEXT: a host must always be

@@ -85,6 +85,7 @@ int32_t order(double l, double r) {
 }  // namespace
 
 ValueRef ScriptCore::getValue(UStringView text) {
+  pollStop();
   UString t = trim(text);
   const UString upper = upperCase(t);
   if (auto it = _vars.find(upper); it != _vars.end()) return it->second;
@@ -125,6 +126,7 @@ ValueRef ScriptCore::getValue(UStringView text) {
 }
 
 ValueRef ScriptCore::operateWithSign(char16_t op, const LxValue& a, const LxValue& b) {
+  pollStop();
   const ValueKind ka = a.type();
   const ValueKind kb = b.type();
   const bool textual =
@@ -169,6 +171,7 @@ ValueRef ScriptCore::operateWithSign(char16_t op, const LxValue& a, const LxValu
         std::vector<Variant> kept;
         const auto& drop = b.data().array()->items;
         for (const Variant& item : a.data().array()->items) {
+          pollStop();
           bool match = false;
           for (const Variant& d : drop) match = match || valuesEqual(item, d);
           if (!match) kept.push_back(item);

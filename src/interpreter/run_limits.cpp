@@ -21,17 +21,16 @@ constexpr size_t kShownLineStart = 80;
 
 }  // namespace
 
-bool ScriptCore::executeWithinLimits(const UString& text) {
+void ScriptCore::executeWithinLimits(const UString& text) {
   try {
     executeLine(text);
   } catch (const ScriptStopped&) {
-    return false;
+    // The stop's error is already set; the driver ends the run after this line.
   } catch (const OutOfScriptMemory&) {
     setError(LxError::make(kOutOfMemory, text));
   } catch (const std::bad_alloc&) {
     setError(LxError::make(kOutOfMemory, text));
   }
-  return true;
 }
 
 bool ScriptCore::sourceFits(const LxBasicStringList& source) {

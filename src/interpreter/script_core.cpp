@@ -66,6 +66,11 @@ void ScriptCore::initialise() {
 }
 
 void ScriptCore::setScript(const Variant& text) {
+  // A byte order mark read along with a file's text is not part of the first statement.
+  if (text.isString() && !text.string().empty() && text.string().front() == u'\uFEFF') {
+    _script.setText(Variant(UStringView(text.string()).substr(1)));
+    return;
+  }
   _script.setText(text);
 }
 

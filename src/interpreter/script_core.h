@@ -246,9 +246,9 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
                       bool* mismatch);
 
   // ---- limits (run_limits.cpp)
-  // Runs one line, turning the limits that unwind it into the run's state: false when the
-  // run was asked to stop, true otherwise (running out of memory sets error 36).
-  bool executeWithinLimits(const UString& text);
+  // Runs one line, turning the limits that unwind it into the run's state: a stop leaves its
+  // own error for the error policy, running out of memory sets error 36.
+  void executeWithinLimits(const UString& text);
   // False (with error 37 or 36 set) when the text has a line too long to run or cannot be
   // prepared within the memory limit.
   bool sourceFits(const LxBasicStringList& source);

@@ -238,6 +238,7 @@ bool ScriptCore::conditionOperand(UString operand, const UString& line, bool* tr
 }
 
 UString ScriptCore::evaluateBracket(const UString& contents, const UString& line) {
+  pollStop();
   const bool condition = contents.find_first_of(u"=<>") != UString::npos ||
                          findWord(u"NOT", contents) || findWord(u"AND", contents) ||
                          findWord(u"OR", contents);
