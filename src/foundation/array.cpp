@@ -39,7 +39,8 @@ void Array::chargeFor(size_t elements) {
   if (!budget_) {
     budget_ = currentBudget();
     if (!budget_) return;
-    budget_->remember(shared_from_this());
+    // A list that no shared pointer owns cannot be part of a cycle; it needs no record.
+    if (auto self = weak_from_this().lock()) budget_->remember(self);
   }
   const int64_t wanted = static_cast<int64_t>(elements) * kElementCost;
   if (wanted > charged_) {
