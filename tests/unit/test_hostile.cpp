@@ -54,6 +54,16 @@ struct Case {
   std::u16string result;  // checked when not empty
 };
 
+void expectEndings(const std::vector<Case>& cases, std::chrono::milliseconds limit = 5000ms) {
+  for (const Case& c : cases) {
+    Ending e = runCapped(c.script, limit);
+    EXPECT_EQ(e.code, c.code) << c.name;
+    if (!c.result.empty()) {
+      EXPECT_EQ(lx::toUtf8(e.result), lx::toUtf8(c.result)) << c.name;
+    }
+  }
+}
+
 TEST(Hostile, SelfContainingArraysAndDeepCalls) {
   const std::u16string selfArray = u"DIM a(1)\na(0) = a\n";
   const std::vector<Case> cases = {
@@ -72,11 +82,7 @@ TEST(Hostile, SelfContainingArraysAndDeepCalls) {
        u"SUB P()\nON ERROR RESUME NEXT\nx = 1 / 0\nRaise@(err, 2147483600)\nEND SUB\nP()",
        INT32_MAX, u""},
   };
-  for (const Case& c : cases) {
-    Ending e = runCapped(c.script);
-    EXPECT_EQ(e.code, c.code) << c.name;
-    if (!c.result.empty()) EXPECT_EQ(lx::toUtf8(e.result), lx::toUtf8(c.result)) << c.name;
-  }
+  expectEndings(cases);
 }
 
 TEST(Hostile, MemoryGrabsEndWithOutOfMemory) {
@@ -95,11 +101,7 @@ TEST(Hostile, MemoryGrabsEndWithOutOfMemory) {
       // Tolerated like any error: the run goes on, and the error stays set for the host.
       {"trapped", u"ON ERROR RESUME NEXT\nDIM a(16777215)\nRESULT = Number@(err)", 36, u"36"},
   };
-  for (const Case& c : cases) {
-    Ending e = runCapped(c.script);
-    EXPECT_EQ(e.code, c.code) << c.name;
-    if (!c.result.empty()) EXPECT_EQ(lx::toUtf8(e.result), lx::toUtf8(c.result)) << c.name;
-  }
+  expectEndings(cases);
 }
 
 TEST(Hostile, LongLinesAndSourcesStayBounded) {
@@ -113,11 +115,7 @@ TEST(Hostile, LongLinesAndSourcesStayBounded) {
        u"RESULT = " + repeat(u"(", 2000) + u"7" + repeat(u")", 2000), 0, u"7"},
       {"a million lines", repeat(u"REM\n", 1'000'000) + u"RESULT = 5", 0, u"5"},
   };
-  for (const Case& c : cases) {
-    Ending e = runCapped(c.script, 10000ms);
-    EXPECT_EQ(e.code, c.code) << c.name;
-    if (!c.result.empty()) EXPECT_EQ(lx::toUtf8(e.result), lx::toUtf8(c.result)) << c.name;
-  }
+  expectEndings(cases, 10000ms);
 }
 
 TEST(Hostile, TimeLimitEndsTheRunPromptly) {
