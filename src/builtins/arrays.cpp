@@ -78,6 +78,7 @@ Variant Filter4(LxBasicFunc& lib, const Variant& arr, const Variant& value, cons
     bool keepMatches = boolValue(toText(include));
     auto result = Array::make();
     for (const Variant& element : arr.array()->items) {
+      pollStop();
       bool found = intValue(InStrAt(lib, Variant::int32(0), toText(element), v, compare)) != 0;
       if (found == keepMatches) append(*result, elementValue(element));
     }
