@@ -370,10 +370,13 @@ class ClassBuilder {
 
  public:
   explicit ClassBuilder(std::string name)
-      : info_(ClassRegistry::instance().add(std::move(name), typeid(T))) {
-    if constexpr (std::is_default_constructible_v<T>) {
-      info_.setFactory([] { return std::static_pointer_cast<Object>(std::make_shared<T>()); });
-    }
+      : info_(ClassRegistry::instance().add(std::move(name), typeid(T))) {}
+  // Lets scripts make instances with CreateObject("Name"). Classes are not creatable unless
+  // the host says so here: a script can reach only what its host chose to give it.
+  ClassBuilder& creatable() {
+    static_assert(std::is_default_constructible_v<T>, "CreateObject needs a default constructor");
+    info_.setFactory([] { return std::static_pointer_cast<Object>(std::make_shared<T>()); });
+    return *this;
   }
   // Methods of `Base` (registered separately) become reachable through full selectors.
   template <class Base>

@@ -1,8 +1,10 @@
 // LxError: the error record of a run, and the script-visible `err` object.
 #pragma once
 
+#include <climits>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 
 #include "lxbasic/export.h"
 #include "lxbasic/variant.h"
@@ -50,7 +52,17 @@ enum ErrorCode : int32_t {
   kExitDoWithoutDo = 33,
   kContinueDoWithoutDo = 34,
   kNotSupported = 35,
+  // The script's memory limit was reached (see LxBasicScript::setMemoryLimit).
+  kOutOfMemory = 36,
+  // A line longer than the engine reads (kMaxLineLength code units).
+  kLineTooLong = 37,
 };
+
+// The code an error reports one procedure level further out: 100 more, saturating at the
+// largest code instead of wrapping round to a negative (success-like) one.
+constexpr int32_t codeOneLevelOut(int32_t code) noexcept {
+  return code > INT32_MAX - 100 ? INT32_MAX : code + 100;
+}
 
 // The message of a catalogue code; "%@" in it (codes 3, 5, 35) is filled with `fill`.
 // Codes outside the catalogue have the message "".
@@ -70,6 +82,10 @@ class LX_API LxError final : public Object {
   }
   // A catalogue error: the message of `code` (filled with `fill`) and the given line text.
   static std::shared_ptr<LxError> make(int32_t code, UStringView line = {}, UStringView fill = {});
+
+  // A copy that nothing changes any more: what a host reads while a script may still call
+  // Clear or Raise on the record it holds as `err`.
+  std::shared_ptr<const LxError> snapshot() const;
 
   int32_t code() const noexcept { return code_; }
   const UString& desc() const noexcept { return desc_; }
@@ -91,6 +107,7 @@ class LX_API LxError final : public Object {
   UString desc_;
   UString line_;
   int32_t lineNumber_;
+  mutable std::mutex mutex_;  // Clear and Raise against snapshot
 };
 using ErrorRef = std::shared_ptr<LxError>;
 

@@ -57,6 +57,12 @@ class LX_API BindingException : public Exception {
   explicit BindingException(const std::string& reason) : Exception("Binding", reason) {}
 };
 
+// run or runScript on a script object whose run is still active; the active run goes on.
+class LX_API ScriptBusyException : public Exception {
+ public:
+  ScriptBusyException() : Exception("ScriptBusy", "the script is already running") {}
+};
+
 // "Name: reason" for the engine's exceptions, the reason for any other std::exception; for
 // reporting what LxBasicScript::lastException() or a runScript() caller received.
 inline std::string describeException(const std::exception_ptr& thrown) {

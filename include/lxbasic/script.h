@@ -12,6 +12,7 @@
 // succeeded()/failed(), restart(), call() and a line hook.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <exception>
 #include <functional>
@@ -19,6 +20,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "lxbasic/error.h"
 #include "lxbasic/export.h"
@@ -49,6 +51,21 @@ class LX_API LxBasicScript {
   // Time limit of `run` in seconds; -1 (the default) means none. Ignored while running.
   void setTimeout(int32_t seconds);
   int32_t timeout() const;
+  // The same limit in milliseconds, for `run` and `runScript` alike (a negative one: none).
+  // A run that reaches it ends with error 31 within about 100 ms plus the longest single
+  // host call in progress; `waitUntilFinished` waits for that end.
+  LX_API void setTimeLimit(std::chrono::milliseconds limit);
+  LX_API std::chrono::milliseconds timeLimit() const;
+  // Bytes that the script's texts and arrays may hold at once (0, the default: no limit).
+  // Passing it ends the line with error 36 "Out of memory", which ON ERROR can trap.
+  // Ignored while running.
+  LX_API void setMemoryLimit(int64_t bytes);
+  LX_API int64_t memoryLimit() const;
+  // Waits until no run of this script is active; false when `limit` passed first.
+  LX_API bool waitUntilFinished(std::chrono::milliseconds limit) const;
+  // Classes that CreateObject may make for this script, on top of the host's creatable
+  // ones being required: an empty list (the default) allows every creatable class.
+  LX_API void setCreatableClasses(std::vector<std::string> names);
 
   // Runs on a background thread while the calling thread waits, at most the time limit
   // (then error 31). Answers the value of the variable RESULT (Empty when there is none).
@@ -71,6 +88,9 @@ class LX_API LxBasicScript {
   // exception ended it. failed() is the opposite.
   LX_API bool succeeded() const;
   LX_API bool failed() const;
+  // A copy of the error record that nothing changes any more: safe to read while the script
+  // runs (the script may Clear or Raise the record it holds as `err`).
+  LX_API std::shared_ptr<const LxError> errorSnapshot() const;
   bool running() const;
   int32_t line() const;  // 0-based script line of the current statement; -1 when not running
   void reset();          // drops variables, host objects and open blocks (not procedures)

@@ -198,14 +198,29 @@ class LX_API Variant {
 // A shared, mutable list. Reference semantics: every Variant that holds it sees changes.
 // Script arrays hold variable slots (LxValue objects) in their innermost lists and nested
 // arrays above; values handed in by hosts may hold anything.
-class LX_API Array {
+class MemoryBudget;
+
+class LX_API Array : public std::enable_shared_from_this<Array> {
  public:
   Array() = default;
   explicit Array(std::vector<Variant> items) : items(std::move(items)) {}
-  static ArrayRef make(std::vector<Variant> items = {}) {
-    return std::make_shared<Array>(std::move(items));
-  }
+  // Frees nested lists one after another rather than one inside the other, so that however
+  // deep a script nests arrays, dropping them cannot exhaust the stack.
+  ~Array();
+  Array(const Array&) = delete;
+  Array& operator=(const Array&) = delete;
+  // A list made while a script runs counts against the script's memory limit.
+  static ArrayRef make(std::vector<Variant> items = {});
+
+  // Charges the running script for `elements` elements before the list grows to that many
+  // (throws when they would pass its memory limit); a list made outside runs charges nothing.
+  void chargeFor(size_t elements);
+
   std::vector<Variant> items;
+
+ private:
+  std::shared_ptr<MemoryBudget> budget_;
+  int64_t charged_ = 0;
 };
 
 template <class T>

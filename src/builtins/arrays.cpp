@@ -18,6 +18,7 @@ namespace lx {
 namespace {
 
 void append(Array& list, Variant value) {
+  list.chargeFor(list.items.size() + 1);
   list.items.emplace_back(LxValue::make(std::move(value)));
 }
 
@@ -77,6 +78,7 @@ Variant Filter4(LxBasicFunc& lib, const Variant& arr, const Variant& value, cons
     bool keepMatches = boolValue(toText(include));
     auto result = Array::make();
     for (const Variant& element : arr.array()->items) {
+      pollStop();
       bool found = intValue(InStrAt(lib, Variant::int32(0), toText(element), v, compare)) != 0;
       if (found == keepMatches) append(*result, elementValue(element));
     }
@@ -99,6 +101,7 @@ Variant Join2(LxBasicFunc& /*lib*/, const Variant& arr, const Variant& delimiter
       first = false;
       out += toText(element);
       if (out.size() > kMaxBuiltText) throw RangeException("Join: text too long");
+      chargeTextGrowth(out.size());
     }
     return out;
   });

@@ -13,6 +13,8 @@ namespace lx {
 
 namespace {
 
+constexpr int64_t kCreatedObjectCost = 256;
+
 struct Constant {
   const char16_t* name;
   int32_t value;
@@ -54,9 +56,17 @@ constexpr Constant kConstants[] = {
     {u"TristateFalse", 0},
 };
 
+// Only classes their host registered as creatable, and only those the script's allow-list
+// names (when it has one); the library itself never, since a second library would be beyond
+// the reach of its script's stop request. Anything else answers Empty, as a missing class.
 Variant CreateObject(LxBasicFunc& lib, const Variant& name) {
-  const ClassInfo* cls = ClassRegistry::instance().byName(toUtf8(toText(name)));
-  ObjectRef made = cls ? cls->createInstance() : nullptr;
+  const std::string className = toUtf8(toText(name));
+  const ClassInfo* cls = ClassRegistry::instance().byName(className);
+  if (!cls || cls->type() == typeid(LxBasicFunc)) return Variant();
+  if (lib.script() && !lib.script()->mayCreate(className)) return Variant();
+  // The library keeps what it makes until the script goes; each costs the script memory.
+  if (const BudgetRef& budget = currentBudget()) budget->charge(kCreatedObjectCost);
+  ObjectRef made = cls->createInstance();
   if (!made) return Variant();
   lib.objects.push_back(made);
   return Variant(made);

@@ -166,6 +166,7 @@ Variant StrReverse(LxBasicFunc& /*lib*/, const Variant& s) {
 UString repeated(int32_t n, char16_t c) {
   if (n < 1) return UString();
   if (static_cast<size_t>(n) > kMaxBuiltText) throw RangeException("text too long");
+  chargeTextGrowth(static_cast<size_t>(n));
   return UString(static_cast<size_t>(n), c);
 }
 
@@ -183,7 +184,10 @@ Variant String(LxBasicFunc& /*lib*/, const Variant& n, const Variant& character)
 
 Variant concatAll(LxBasicFunc& /*lib*/, std::span<const Variant> parts) {
   UString out;
-  for (const Variant& p : parts) out += toText(p);
+  for (const Variant& p : parts) {
+    out += toText(p);
+    chargeTextGrowth(out.size());
+  }
   return out;
 }
 
@@ -210,6 +214,7 @@ Variant Replace5(LxBasicFunc& /*lib*/, const Variant& s, const Variant& find,
       out.append(t, copied, match->offset - copied);
       out += r;
       if (out.size() > kMaxBuiltText) throw RangeException("Replace: text too long");
+      chargeTextGrowth(out.size());
       copied = match->offset + match->length;
       from = match->next;
     }

@@ -3,6 +3,7 @@
 #include <array>
 #include <memory>
 
+#include "foundation/memory_budget.h"
 #include "foundation/scanning.h"
 #include "interpreter/procedures.h"
 #include "interpreter/rewriting.h"
@@ -39,6 +40,7 @@ class Registers {
 namespace {
 
 constexpr UStringView kPlaceholder = u"____var_";
+constexpr size_t kLongestCompiledText = 2000;
 
 UString placeholder(int32_t reg) {
   UString name(kPlaceholder);
@@ -489,7 +491,9 @@ class ConditionStep final : public Step {
       r.value = Variant::int32(result ? 1 : 0);
       return true;
     } catch (...) {
-      // Whatever goes wrong inside a condition is a syntax error of the line.
+      // Whatever goes wrong inside a condition is a syntax error of the line, but for the
+      // limits that end the line itself.
+      rethrowIfLimit();
       fail(script, kSyntaxError, line);
       return false;
     }
@@ -727,6 +731,9 @@ std::unique_ptr<Expression> Expression::compile(UStringView text, bool compariti
   std::unique_ptr<Expression> e;
   if (text.find(u"____") != UStringView::npos) {
     compiler.reason = "the line names a temporary";
+  } else if (text.size() > kLongestCompiledText) {
+    // Compiling replays the rewriting, whose work grows with the square of the length.
+    compiler.reason = "the line is too long to compile";
   } else {
     e = compiler.expression(text, comparition, false);
   }

@@ -86,6 +86,10 @@ const char16_t* catalogueText(int32_t code) {
       return u"CONTINUE DO without DO";
     case 35:
       return u"%@ is not supported";
+    case 36:
+      return u"Out of memory";
+    case 37:
+      return u"Line is too long";
     default:
       return u"";
   }
@@ -119,7 +123,13 @@ Variant LxError::Description() const {
   return Variant(desc_);
 }
 
+std::shared_ptr<const LxError> LxError::snapshot() const {
+  std::lock_guard lock(mutex_);
+  return std::make_shared<const LxError>(code_, desc_, line_, lineNumber_);
+}
+
 void LxError::Clear() {
+  std::lock_guard lock(mutex_);
   code_ = 0;
   desc_.clear();
   line_.clear();
@@ -128,7 +138,9 @@ void LxError::Clear() {
 
 void LxError::Raise(const Variant& n) {
   try {
-    code_ = intValue(n);
+    const int32_t code = intValue(n);
+    std::lock_guard lock(mutex_);
+    code_ = code;
   } catch (...) {
     // A value without an integer leaves the record as it was.
   }

@@ -8,7 +8,11 @@
 #include <cmath>
 #include <ctime>
 #include <limits>
+#include <set>
+#include <utility>
 
+#include "foundation/memory_budget.h"
+#include "foundation/nesting.h"
 #include "lxbasic/exceptions.h"
 #include "lxbasic/value.h"
 
@@ -129,6 +133,11 @@ UString dateText(double secondsSince1970) {
 namespace {
 
 void appendArrayText(UString& out, const Array& array) {
+  NestingPath inside(&array);
+  if (!inside.entered()) {
+    out += kCycleText;
+    return;
+  }
   out += u'(';
   bool first = true;
   for (const Variant& item : array.items) {
@@ -139,6 +148,9 @@ void appendArrayText(UString& out, const Array& array) {
     } else {
       out += toText(item);
     }
+    // Shared sub-arrays can make the text grow exponentially with the nesting depth.
+    if (out.size() > kMaxValueText) throw OutOfScriptMemory();
+    chargeTextGrowth(out.size());
   }
   out += u')';
 }
@@ -381,6 +393,41 @@ UString foldCase(UStringView text) {
   return mapCase(text, CaseMap::Fold);
 }
 
+namespace {
+
+// The pairs of arrays one comparison has entered. A pair met again is taken as equal: either
+// it is still being compared further up (arrays that contain themselves are equal when their
+// shapes match all the way round) or it has been found equal already, which also keeps
+// shared sub-arrays from being compared once per path to them.
+struct ArrayPairs {
+  std::set<std::pair<const Array*, const Array*>> seen;
+  size_t depth = 0;
+};
+
+bool arraysEqual(const Array& x, const Array& y) {
+  if (&x == &y) return true;
+  if (x.items.size() != y.items.size()) return false;
+  thread_local ArrayPairs* pairs = nullptr;
+  ArrayPairs own;
+  const bool outermost = pairs == nullptr;
+  if (outermost) pairs = &own;
+  struct Leave {
+    bool outermost;
+    ~Leave() {
+      if (outermost) pairs = nullptr;
+    }
+  } leave{outermost};
+  if (!pairs->seen.insert({&x, &y}).second) return true;
+  if (pairs->depth >= kMaxValueNesting) return false;
+  ++pairs->depth;
+  bool equal = true;
+  for (size_t i = 0; equal && i < x.items.size(); ++i) equal = valuesEqual(x.items[i], y.items[i]);
+  --pairs->depth;
+  return equal;
+}
+
+}  // namespace
+
 bool valuesEqual(const Variant& a, const Variant& b) {
   switch (a.kind()) {
     case ValueKind::Empty:
@@ -391,17 +438,8 @@ bool valuesEqual(const Variant& a, const Variant& b) {
       return b.isNumber() && a.number().equals(b.number());
     case ValueKind::Date:
       return b.isDate() && a.dateSeconds() == b.dateSeconds();
-    case ValueKind::Array: {
-      if (!b.isArray()) return false;
-      const auto& x = a.array()->items;
-      const auto& y = b.array()->items;
-      if (a.array() == b.array()) return true;
-      if (x.size() != y.size()) return false;
-      for (size_t i = 0; i < x.size(); ++i) {
-        if (!valuesEqual(x[i], y[i])) return false;
-      }
-      return true;
-    }
+    case ValueKind::Array:
+      return b.isArray() && arraysEqual(*a.array(), *b.array());
     case ValueKind::Object:
       if (auto slot = a.objectAs<LxValue>()) return slot->isEqual(b);
       return b.isObject() && a.object() == b.object();

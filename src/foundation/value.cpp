@@ -1,5 +1,6 @@
 #include "lxbasic/value.h"
 
+#include "foundation/memory_budget.h"
 #include "lxbasic/text.h"
 
 namespace lx {
@@ -15,6 +16,7 @@ UString LxValue::description() const {
   try {
     return toText(data_);
   } catch (...) {
+    rethrowIfLimit();
     return UString();
   }
 }

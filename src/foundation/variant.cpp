@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <typeinfo>
 
+#include "foundation/memory_budget.h"
 #include "lxbasic/bridge.h"
 #include "lxbasic/exceptions.h"
 #include "lxbasic/text.h"
@@ -102,9 +103,49 @@ bool Number::equals(const Number& other) const noexcept {
   return toDouble() == other.toDouble();
 }
 
-Variant::Variant(UString s) : v_(std::make_shared<const UString>(std::move(s))) {}
-Variant::Variant(const char16_t* s) : v_(std::make_shared<const UString>(s)) {}
-Variant::Variant(UStringView s) : v_(std::make_shared<const UString>(s)) {}
+namespace {
+
+// Hands the text's cost back to the budget it was charged to when the text is freed.
+template <class T>
+struct ChargedAllocator {
+  using value_type = T;
+  BudgetRef budget;
+  int64_t bytes = 0;
+
+  ChargedAllocator(BudgetRef b, int64_t n) : budget(std::move(b)), bytes(n) {}
+  template <class U>
+  ChargedAllocator(const ChargedAllocator<U>& other) : budget(other.budget), bytes(other.bytes) {}
+  T* allocate(size_t n) { return std::allocator<T>().allocate(n); }
+  void deallocate(T* p, size_t n) noexcept {
+    budget->release(bytes);
+    std::allocator<T>().deallocate(p, n);
+  }
+  template <class U>
+  bool operator==(const ChargedAllocator<U>& other) const noexcept {
+    return budget == other.budget;
+  }
+};
+
+// Texts made while a script runs count against its budget. Short ones are counted but never
+// refused, so that the many small texts made inside error handling cannot fail.
+std::shared_ptr<const UString> makeText(UString&& s) {
+  const BudgetRef& budget = currentBudget();
+  if (!budget) return std::make_shared<const UString>(std::move(s));
+  const int64_t bytes = static_cast<int64_t>(s.capacity()) * 2 + kStringOverhead;
+  if (s.size() < 512) {
+    budget->count(bytes);
+  } else {
+    budget->charge(bytes);
+  }
+  return std::allocate_shared<const UString>(ChargedAllocator<UString>(budget, bytes),
+                                             std::move(s));
+}
+
+}  // namespace
+
+Variant::Variant(UString s) : v_(makeText(std::move(s))) {}
+Variant::Variant(const char16_t* s) : v_(makeText(UString(s))) {}
+Variant::Variant(UStringView s) : v_(makeText(UString(s))) {}
 Variant::Variant(ObjectRef o) {
   if (o) v_ = std::move(o);
 }

@@ -192,6 +192,7 @@ void ScriptCore::parseReDim(const UString& line) {
     checkArraySize(static_cast<int64_t>(lists.size()) * last);
     for (Array* list : lists) {
       if (!preserve) list->items.clear();
+      list->chargeFor(static_cast<size_t>(last));
       if (list->items.size() > static_cast<size_t>(last))
         list->items.resize(static_cast<size_t>(last));
       while (list->items.size() < static_cast<size_t>(last))

@@ -7,7 +7,9 @@
 #include "compiler/line_code.h"
 #include "interpreter/line_kind.h"
 #include "interpreter/loops.h"
+#include "interpreter/procedures.h"
 #include "interpreter/script_core.h"
+#include "interpreter/stack_room.h"
 #include "lxbasic/exceptions.h"
 #include "lxbasic/text.h"
 
@@ -26,13 +28,16 @@ bool endsWithContinuation(const UString& statement) {
 // ---- preparation
 
 void ScriptCore::execute(const LxBasicStringList& source) {
+  if (!sourceFits(source)) return;
   auto prepared = std::make_unique<LxBasicStringList>();
   UString continuation;
   for (size_t i = 0; i < source.count(); ++i) {
+    if (i % 1024 == 0 && stopRequested()) return;
     UString rest = source.stringAtIndex(i);
     UString last;
     const Variant index = Variant::int32(static_cast<int32_t>(i));
     while (!rest.empty()) {
+      if (stopRequested()) return;
       UString upper = upperCase(rest);
       if (getTokenFrom(upper, u" ") == u"REM") {
         prepared->addString(Variant(std::move(rest)), index);
@@ -105,7 +110,7 @@ void ScriptCore::mainLoop() {
     currentCode_ = compiled ? codeFor(line) : nullptr;
     if (currentCode_ && currentCode_->reference()) currentCode_ = nullptr;
     ++(currentCode_ ? compiledLines : referenceLines);
-    executeLine(line);
+    executeWithinLimits(line);
     if (!_tmps.empty()) clearTmpVars();
     if (hasError()) {
       const PreparedLine& done = prepared_[index];
@@ -265,14 +270,18 @@ void ScriptCore::parseOnError(const UString& line) {
 // ---- runs
 
 void ScriptCore::beginRun() {
-  _running.store(1);
+  if (!_owner) {
+    stop_.store(false);
+    std::lock_guard lock(errorMutex_);
+    stopSticky_ = false;
+  }
   setError(nullptr);
-  if (!_owner) stop_.store(false);
 }
 
 Variant ScriptCore::runScript(const Variant& argument) {
+  if (!claimRun()) throw ScriptBusyException();
   beginRun();
-  return runBody(argument);
+  return runWatched(argument);
 }
 
 Variant ScriptCore::runBody(const Variant& /*argument*/) {
@@ -282,9 +291,10 @@ Variant ScriptCore::runBody(const Variant& /*argument*/) {
       s._optimized.reset();
       s.prepared_.clear();
       s.clearTmpVars();  // an exception may have left a line's temporaries behind
-      s._running.store(0);
+      s.endRun();
     }
   } end{*this};
+  BudgetScope limits(runLimits());
   execute(_script);
   return resultValue();
 }
@@ -320,12 +330,36 @@ void ScriptCore::evalLines(const LxBasicStringList& lines) {
     std::timed_mutex& m;
     ~Relock() { m.lock(); }
   } relock{lineMutex_};
-  execute(lines);
+  // An evaluation nests a driver like a procedure call does, so it counts toward the same
+  // depth limit and moves to a fresh stack when this one runs low.
+  ScriptCore* root = getRootOwner();
+  if (root->stack() >= kMaxCallDepth) {
+    setError(LxError::make(kStackOverflow));
+    return;
+  }
+  std::exception_ptr failure;
+  auto body = [this, &lines, &failure] {
+    try {
+      execute(lines);
+    } catch (...) {
+      failure = std::current_exception();
+    }
+  };
+  root->_stack.fetch_add(1);
+  const bool ran = runWithStackRoom(body);
+  root->_stack.fetch_sub(1);
+  if (!ran) setError(LxError::make(kStackOverflow));
+  if (failure) std::rethrow_exception(failure);
+  if (stopRequested()) throw ScriptStopped();
 }
 
 void ScriptCore::runThreaded(const Variant& argument) {
   if (running()) return;
-  runScript(argument);
+  try {
+    runScript(argument);
+  } catch (const ScriptBusyException&) {
+    // Another caller took the run between the check and the start: the same refusal.
+  }
 }
 
 Variant ScriptCore::resultBetweenLines() const {
@@ -339,8 +373,8 @@ Variant ScriptCore::run() {
 }
 
 Variant ScriptCore::run(const Variant& argument) {
-  // A second run of a running script is refused; the caller gets RESULT as it stands.
-  if (running()) return resultBetweenLines();
+  // A second run of a running script is refused, atomically, whoever asks.
+  if (!claimRun()) throw ScriptBusyException();
   // Begun here, not on the new thread: a stop or time limit that comes before the thread
   // has started must not be undone by it.
   beginRun();
@@ -371,19 +405,14 @@ Variant ScriptCore::run(const Variant& argument) {
 
   std::unique_lock lock(completion->m);
   auto finished = [&] { return completion->done; };
-  const int32_t limit = _timeout.load();
+  const int64_t limit = timeLimitMs_.load();
   if (limit < 0) {
     completion->cv.wait(lock, finished);
   } else {
     // The limit has the granularity of the original polling: at least one 10 ms tick.
-    auto span = std::max(std::chrono::milliseconds(10), std::chrono::milliseconds(1000LL * limit));
+    auto span = std::chrono::milliseconds(std::max<int64_t>(10, limit));
     if (!completion->cv.wait_for(lock, span, finished)) {
-      setError(LxError::make(kTimeout));
-      {
-        std::lock_guard stopLock(stopMutex_);
-        stop_.store(true);
-      }
-      stopCv_.notify_all();
+      requestStop(LxError::make(kTimeout));
       // Most lines end at once when asked to stop; a host method that does not is left
       // running on its own thread, which owns what it uses.
       completion->cv.wait_for(lock, std::chrono::milliseconds(250), finished);

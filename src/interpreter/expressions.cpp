@@ -49,6 +49,7 @@ int32_t order(double l, double r) {
 }  // namespace
 
 ValueRef ScriptCore::getValue(UStringView text) {
+  pollStop();
   UString t = trim(text);
   const UString upper = upperCase(t);
   if (auto it = _vars.find(upper); it != _vars.end()) return it->second;
@@ -93,6 +94,7 @@ ValueRef ScriptCore::operateWithSign(char16_t op, const LxValue& a, const LxValu
 }
 
 Variant ScriptCore::operate(char16_t op, const Variant& a, const Variant& b) {
+  pollStop();
   // Two numbers: the common case, answered before the kind rules below (which give the same).
   if (a.isNumber() && b.isNumber()) {
     const double x = a.number().toDouble();
@@ -152,6 +154,7 @@ Variant ScriptCore::operate(char16_t op, const Variant& a, const Variant& b) {
         std::vector<Variant> kept;
         const auto& drop = b.array()->items;
         for (const Variant& item : a.array()->items) {
+          pollStop();
           bool match = false;
           for (const Variant& d : drop) match = match || valuesEqual(item, d);
           if (!match) kept.push_back(item);

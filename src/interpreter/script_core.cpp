@@ -14,10 +14,15 @@ namespace lx {
 
 ScriptCore::ScriptCore() = default;
 
-ScriptCore::~ScriptCore() = default;
+ScriptCore::~ScriptCore() {
+  // Arrays that contain themselves would outlive the script; only the script tree's root
+  // knows that none of its runs is left to use them.
+  if (!_owner && budget_) budget_->breakCycles();
+}
 
 std::shared_ptr<ScriptCore> ScriptCore::create() {
   std::shared_ptr<ScriptCore> script(new ScriptCore());
+  script->budget_ = std::make_shared<MemoryBudget>();
   script->_subs = makeProcedureTable(*script);
   script->initialise();
   return script;
@@ -26,6 +31,7 @@ std::shared_ptr<ScriptCore> ScriptCore::create() {
 std::shared_ptr<ScriptCore> ScriptCore::createChild(ScriptCore& owner) {
   std::shared_ptr<ScriptCore> child(new ScriptCore());
   child->_owner = &owner;
+  child->budget_ = owner.budget_;
   child->_subs = owner._subs;  // shared, so a child needs no table of its own
   child->dialogs_ = owner.dialogs_;
   child->lineHook_ = owner.lineHook_;
@@ -63,6 +69,11 @@ void ScriptCore::initialise() {
 }
 
 void ScriptCore::setScript(const Variant& text) {
+  // A byte order mark read along with a file's text is not part of the first statement.
+  if (text.isString() && !text.string().empty() && text.string().front() == u'\uFEFF') {
+    _script.setText(Variant(UStringView(text.string()).substr(1)));
+    return;
+  }
   _script.setText(text);
 }
 
@@ -71,7 +82,9 @@ UString ScriptCore::script() const {
 }
 
 void ScriptCore::setTimeout(int32_t seconds) {
-  if (!running()) _timeout.store(seconds);
+  if (running()) return;
+  _timeout.store(seconds);
+  timeLimitMs_.store(seconds < 0 ? -1 : int64_t{seconds} * 1000);
 }
 
 ErrorRef ScriptCore::error() const {
@@ -81,6 +94,8 @@ ErrorRef ScriptCore::error() const {
 
 void ScriptCore::setError(ErrorRef e) {
   std::lock_guard lock(errorMutex_);
+  // After a stop only the stop's own record may be set again (with the line it ended on).
+  if (stopSticky_ && _error && (!e || e->code() != _error->code())) return;
   _error = std::move(e);
   errorSet_.store(_error != nullptr, std::memory_order_release);
 }
@@ -96,12 +111,7 @@ int32_t ScriptCore::line() const {
 }
 
 void ScriptCore::terminate() {
-  setError(LxError::make(kCorrectExit));
-  {
-    std::lock_guard lock(stopMutex_);
-    stop_.store(true);
-  }
-  stopCv_.notify_all();
+  requestStop(LxError::make(kCorrectExit));
 }
 
 bool ScriptCore::stopRequested() const noexcept {
@@ -130,6 +140,7 @@ void ScriptCore::reset() {
   addVarWithName(u"err", Variant(std::make_shared<LxError>(0, UString(), UString(), -1)));
   _curline = 0;
   _ignore_error = 0;
+  if (!_owner && budget_) budget_->breakCycles();
 }
 
 void ScriptCore::restart() {
@@ -240,6 +251,27 @@ Variant LxBasicScript::run(const Variant& argument) {
 Variant LxBasicScript::runScript(const Variant& argument) {
   core_->clearLastException();
   return core_->runScript(argument);
+}
+void LxBasicScript::setTimeLimit(std::chrono::milliseconds limit) {
+  core_->setTimeLimit(limit.count());
+}
+std::chrono::milliseconds LxBasicScript::timeLimit() const {
+  return std::chrono::milliseconds(core_->timeLimit());
+}
+void LxBasicScript::setMemoryLimit(int64_t bytes) {
+  core_->setMemoryLimit(bytes);
+}
+int64_t LxBasicScript::memoryLimit() const {
+  return core_->memoryLimit();
+}
+bool LxBasicScript::waitUntilFinished(std::chrono::milliseconds limit) const {
+  return core_->waitUntilFinished(limit);
+}
+void LxBasicScript::setCreatableClasses(std::vector<std::string> names) {
+  core_->setCreatableClasses(std::move(names));
+}
+std::shared_ptr<const LxError> LxBasicScript::errorSnapshot() const {
+  return core_->errorSnapshot();
 }
 void LxBasicScript::terminate() {
   core_->terminate();

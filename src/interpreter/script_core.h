@@ -9,6 +9,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <exception>
@@ -20,6 +21,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "foundation/memory_budget.h"
 #include "lxbasic/bridge.h"
 #include "lxbasic/error.h"
 #include "lxbasic/string_list.h"
@@ -55,7 +57,20 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   UString script() const;
   void setTimeout(int32_t seconds);
   int32_t timeout() const noexcept { return _timeout.load(); }
+  // The time limit in milliseconds (negative: none); applies to run and runScript alike.
+  void setTimeLimit(int64_t milliseconds);
+  int64_t timeLimit() const noexcept { return timeLimitMs_.load(); }
+  // Memory the script tree may hold, in bytes (0: no limit); ignored while running.
+  void setMemoryLimit(int64_t bytes);
+  int64_t memoryLimit() const noexcept;
+  const BudgetRef& budget() const noexcept { return budget_; }
+  // CreateObject's per-script allow-list (empty: any creatable class); the tree's root's.
+  void setCreatableClasses(std::vector<std::string> names);
+  bool mayCreate(std::string_view className) const;
+  // Waits until no run of this script is active any more; false when `limit` passed first.
+  bool waitUntilFinished(std::chrono::milliseconds limit) const;
   ErrorRef error() const;
+  std::shared_ptr<const LxError> errorSnapshot() const;
   void setError(ErrorRef e);
   // True when an error record is set; cheap enough for every line.
   bool hasError() const noexcept { return errorSet_.load(std::memory_order_acquire); }
@@ -305,6 +320,30 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   ValueRef callMethod(Object& target, const MethodInfo& method, std::span<const Variant> args,
                       bool* mismatch);
 
+  // ---- limits (run_limits.cpp)
+  // Runs one line, turning the limits that unwind it into the run's state: a stop leaves its
+  // own error for the error policy, running out of memory sets error 36.
+  void executeWithinLimits(PreparedLine& line);
+  // False (with error 37 or 36 set) when the text has a line too long to run or cannot be
+  // prepared within the memory limit.
+  bool sourceFits(const LxBasicStringList& source);
+  // Stops the run with `reason` (error -1 or 31), which no later error of the run replaces.
+  void requestStop(ErrorRef reason);
+  // Takes the run for this caller, atomically; false when one is already active.
+  bool claimRun();
+  void endRun();
+  RunLimits runLimits() const;
+  // runBody on the calling thread, under the time limit when one is set.
+  Variant runWatched(const Variant& argument);
+  class Watchdog;
+
+  BudgetRef budget_;
+  std::vector<std::string> creatable_;
+  std::atomic<int64_t> timeLimitMs_{-1};
+  bool stopSticky_ = false;  // guarded by errorMutex_
+  mutable std::mutex finishedMutex_;
+  mutable std::condition_variable finishedCv_;
+
  public:
   // Calls a host method or built-in, counted against the root script's call-depth limit;
   // false after error 25. *r holds the answer or the argument-mismatch marker.
@@ -312,8 +351,12 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
                    CallResult* r);
 };
 
-// The error a caller reports for a procedure whose body failed: the inner code plus 100, the
-// inner message and line text.
+// The longest script line (in UTF-16 code units) that a run accepts; preparing and
+// evaluating a line take time that grows faster than its length.
+inline constexpr size_t kMaxLineLength = 32768;
+
+// The error a caller reports for a procedure whose body failed: the inner code one level out
+// (plus 100, saturating), the inner message and line text.
 ErrorRef procedureFailure(const LxError& inner);
 
 // RETAIN, RELEASE and DEALLOC (given upper-cased) are never called from scripts.

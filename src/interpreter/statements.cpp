@@ -203,6 +203,7 @@ bool ScriptCore::conditionOperand(UString operand, const UString& line, bool* tr
 }
 
 UString ScriptCore::evaluateBracket(const UString& contents, const UString& line) {
+  pollStop();
   const bool condition = contents.find_first_of(u"=<>") != UString::npos ||
                          findWord(u"NOT", contents) || findWord(u"AND", contents) ||
                          findWord(u"OR", contents);
@@ -229,6 +230,7 @@ UString ScriptCore::evaluateBracket(const UString& contents, const UString& line
     }
     return storeTemp(Variant::int32(result ? 1 : 0));
   } catch (...) {
+    rethrowIfLimit();
     setError(LxError::make(kSyntaxError, line));
     return UString();
   }

@@ -1,4 +1,6 @@
 // The variable table, temporaries and arrays.
+#include <algorithm>
+
 #include "foundation/scanning.h"
 #include "interpreter/rewriting.h"
 #include "interpreter/script_core.h"
@@ -71,6 +73,7 @@ ValueRef getElement(std::span<const Variant> indices, const LxValue* slot) {
 
 void dimArray(Array& list, int32_t count, bool leaf) {
   auto fill = [count, leaf](Array& target) {
+    target.chargeFor(target.items.size() + static_cast<size_t>(std::max(count, 0)));
     for (int32_t i = 0; i < count; ++i) {
       if (leaf) {
         target.items.emplace_back(LxValue::make());

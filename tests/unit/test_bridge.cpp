@@ -44,7 +44,8 @@ void registerClasses() {
       .method("Echo:", &Shelf::echo)
       .method("Clear", &Shelf::clear)
       .method("Label:times:", &Shelf::label)
-      .method("Fail", &Shelf::fail);
+      .method("Fail", &Shelf::fail)
+      .creatable();
   lx::ClassBuilder<Other>("Other").method("Count", &Other::count).method("Only", &Other::only);
 }
 

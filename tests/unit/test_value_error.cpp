@@ -193,7 +193,8 @@ TEST(ErrorCatalogue, FilledMessagesAndUnknownCodes) {
   EXPECT_EQ(lx::errorMessage(2, u"ignored"), u"Syntax error");
   // A fill that itself holds "%@" is put in once, not expanded again.
   EXPECT_EQ(lx::errorMessage(3, u"%@"), u"Variable \"%@\" not found");
-  EXPECT_EQ(lx::errorMessage(36), u"");
+  EXPECT_EQ(lx::errorMessage(36), u"Out of memory");
+  EXPECT_EQ(lx::errorMessage(38), u"");
   EXPECT_EQ(lx::errorMessage(-3), u"");
   EXPECT_EQ(lx::errorMessage(102), u"");
 

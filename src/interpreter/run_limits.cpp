@@ -1,0 +1,171 @@
+// What keeps a run inside its limits: the memory budget of the script tree, the time limit
+// on either way of running, a stop request that no later error overwrites, and the single
+// active run per script object.
+#include <algorithm>
+#include <new>
+#include <thread>
+
+#include "interpreter/script_core.h"
+#include "lxbasic/exceptions.h"
+
+namespace lx {
+
+namespace {
+
+bool scriptStopped(const void* script) {
+  return static_cast<const ScriptCore*>(script)->stopRequested();
+}
+
+// The text of an over-long line as its error shows it.
+constexpr size_t kShownLineStart = 80;
+
+}  // namespace
+
+void ScriptCore::executeWithinLimits(PreparedLine& line) {
+  const UString& text = line.text;
+  try {
+    executeLine(line);
+  } catch (const ScriptStopped&) {
+    // The stop's error is already set; the driver ends the run after this line.
+  } catch (const OutOfScriptMemory&) {
+    setError(LxError::make(kOutOfMemory, text));
+  } catch (const std::bad_alloc&) {
+    setError(LxError::make(kOutOfMemory, text));
+  }
+}
+
+bool ScriptCore::sourceFits(const LxBasicStringList& source) {
+  size_t units = 0;
+  for (size_t i = 0; i < source.count(); ++i) {
+    const UString& line = source.stringAtIndex(i);
+    units += line.size();
+    if (line.size() > kMaxLineLength) {
+      UString shown = line.substr(0, kShownLineStart) + u"...";
+      setError(LxError::errorWithCode(kLineTooLong, errorMessage(kLineTooLong), std::move(shown),
+                                      static_cast<int32_t>(i) + 1));
+      return false;
+    }
+  }
+  try {
+    // The prepared lines and their per-line records hold the text about twice over.
+    if (const BudgetRef& budget = currentBudget()) {
+      budget->checkRoom(static_cast<int64_t>(units) * 4);
+    }
+  } catch (const OutOfScriptMemory&) {
+    setError(LxError::make(kOutOfMemory));
+    return false;
+  }
+  return true;
+}
+
+void ScriptCore::requestStop(ErrorRef reason) {
+  {
+    std::lock_guard lock(errorMutex_);
+    _error = std::move(reason);
+    errorSet_.store(true, std::memory_order_release);
+    stopSticky_ = true;
+  }
+  {
+    std::lock_guard lock(stopMutex_);
+    stop_.store(true);
+  }
+  stopCv_.notify_all();
+}
+
+bool ScriptCore::claimRun() {
+  int32_t idle = 0;
+  return _running.compare_exchange_strong(idle, 1);
+}
+
+void ScriptCore::endRun() {
+  {
+    std::lock_guard lock(finishedMutex_);
+    _running.store(0);
+  }
+  finishedCv_.notify_all();
+}
+
+bool ScriptCore::waitUntilFinished(std::chrono::milliseconds limit) const {
+  std::unique_lock lock(finishedMutex_);
+  return finishedCv_.wait_for(lock, limit, [this] { return _running.load() == 0; });
+}
+
+RunLimits ScriptCore::runLimits() const {
+  const ScriptCore* root = this;
+  while (root->_owner) root = root->_owner;
+  return RunLimits{root->budget_, &scriptStopped, this};
+}
+
+void ScriptCore::setTimeLimit(int64_t milliseconds) {
+  if (running()) return;
+  timeLimitMs_.store(milliseconds < 0 ? -1 : milliseconds);
+  const int64_t seconds = milliseconds < 0 ? -1 : (milliseconds + 999) / 1000;
+  _timeout.store(static_cast<int32_t>(std::min<int64_t>(seconds, INT32_MAX)));
+}
+
+void ScriptCore::setMemoryLimit(int64_t bytes) {
+  if (!running() && budget_) budget_->setLimit(bytes);
+}
+
+int64_t ScriptCore::memoryLimit() const noexcept {
+  if (!budget_) return 0;
+  const int64_t limit = budget_->limit();
+  return limit == INT64_MAX ? 0 : limit;
+}
+
+void ScriptCore::setCreatableClasses(std::vector<std::string> names) {
+  if (!running()) creatable_ = std::move(names);
+}
+
+bool ScriptCore::mayCreate(std::string_view className) const {
+  const ScriptCore* root = this;
+  while (root->_owner) root = root->_owner;
+  if (root->creatable_.empty()) return true;
+  return std::find(root->creatable_.begin(), root->creatable_.end(), className) !=
+         root->creatable_.end();
+}
+
+std::shared_ptr<const LxError> ScriptCore::errorSnapshot() const {
+  ErrorRef current = error();
+  return current ? current->snapshot() : nullptr;
+}
+
+// A time limit for a run on the calling thread: a sleeping thread that requests the stop.
+class ScriptCore::Watchdog {
+ public:
+  explicit Watchdog(ScriptCore& script) {
+    const int64_t ms = script._owner ? -1 : script.timeLimitMs_.load();
+    if (ms < 0) return;
+    const auto span = std::chrono::milliseconds(std::max<int64_t>(10, ms));
+    thread_ = std::thread([this, &script, span] {
+      std::unique_lock lock(mutex_);
+      if (!cv_.wait_for(lock, span, [this] { return done_; })) {
+        script.requestStop(LxError::make(kTimeout));
+      }
+    });
+  }
+  ~Watchdog() {
+    if (!thread_.joinable()) return;
+    {
+      std::lock_guard lock(mutex_);
+      done_ = true;
+    }
+    cv_.notify_all();
+    thread_.join();
+  }
+  Watchdog(const Watchdog&) = delete;
+  Watchdog& operator=(const Watchdog&) = delete;
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable cv_;
+  bool done_ = false;
+  std::thread thread_;
+};
+
+Variant ScriptCore::runWatched(const Variant& argument) {
+  Watchdog watchdog(*this);
+  return runBody(argument);
+}
+
+}  // namespace lx

@@ -1,0 +1,6 @@
+SUB P()
+ON ERROR RESUME NEXT
+x = 1 / 0
+Raise@(err, 2147483600)
+END SUB
+P()

@@ -1,0 +1,1 @@
+DIM o = CreateObject("LxBasicFunc")

@@ -1,0 +1,2 @@
+DIM x = "Eval(x)"
+Eval(x)

@@ -1,0 +1,3 @@
+FOR i = 1 TO 6
+DIM a(16777215)
+NEXT

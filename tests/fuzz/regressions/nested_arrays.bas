@@ -1,0 +1,5 @@
+DIM a = Array()
+FOR i = 1 TO 100000
+a = Array(a)
+NEXT
+Print(a)

@@ -1,0 +1,3 @@
+DIM a(1)
+a(0) = a
+DIM f = Filter(a, "x")

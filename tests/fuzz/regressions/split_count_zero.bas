@@ -1,0 +1,1 @@
+DIM p = Split("a", "a", 0)

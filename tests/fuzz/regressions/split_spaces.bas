@@ -1,0 +1,1 @@
+DIM p = Split(Space(50000000), " ")

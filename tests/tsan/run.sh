@@ -1,0 +1,20 @@
+#!/bin/sh
+# Builds the engine and its threaded tests with ThreadSanitizer and runs them: time limits on
+# both ways of running, terminate from another thread, many scripts at once in one process,
+# error polling while a script runs, and the driver's own watchdog and terminate tests.
+# LX_TSAN_BUILD chooses the build directory.
+set -eu
+here=$(cd "$(dirname "$0")" && pwd)
+root=$(cd "$here/../.." && pwd)
+build=${LX_TSAN_BUILD:-$root/build-tsan}
+launcher=""
+if command -v ccache >/dev/null 2>&1; then launcher="-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"; fi
+
+cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DLX_TSAN=ON \
+  -DLX_WITH_FLTK=OFF $launcher >/dev/null
+cmake --build "$build" -j2 --target test_hostile test_threads test_interpreter_driver
+
+# halt_on_error: the first race fails the run.
+export TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1 ${TSAN_OPTIONS:-}"
+cd "$build"
+ctest --output-on-failure -R '^(Hostile|Threads|Watchdog|Terminate)\.' --timeout 900
