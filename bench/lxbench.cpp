@@ -71,8 +71,7 @@ int main(int argc, char** argv) {
     if (what == "--create") return createScripts(std::stol(n), reference);
     return runWorkload(what, n, reference);
   } catch (...) {
-    std::fprintf(stderr, "lxbench: %s\n",
-                 lx::describeException(std::current_exception()).c_str());
+    std::fprintf(stderr, "lxbench: %s\n", lx::describeException(std::current_exception()).c_str());
     return 1;
   }
 }

@@ -667,6 +667,11 @@ class Generator {
     body.maxNesting = 1;
     body.maxPasses = 2;
     for (int i = 1; i <= p.params; ++i) body.scalars.push_back("p" + std::to_string(i));
+    if (p.recursive) {
+      // The depth is read, never assigned: a body that raised it would recurse for ever.
+      body.scalars.erase(body.scalars.begin());
+      body.loopVars.push_back("p1");
+    }
     if (p.function) body.scalars.push_back(rnd_.percent(80) ? p.name : "result");
     body.arrays.clear();
 
