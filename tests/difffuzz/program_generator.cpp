@@ -170,6 +170,9 @@ class Generator {
     if (choice < 13) return numberLiteral();
     if (choice < 17) return stringLiteral();
     if (choice < 19) return kw(rnd_.pick({"true", "false", "empty", "null"}));
+    // A name in the form of a temporary, numbered beyond any a run reaches: the reference
+    // evaluator looks it up like any variable and finds none.
+    if (rnd_.percent(4)) return "____var_99999999999";
     return s.procedure ? "p1" : "c1";  // a constant, or a parameter the callee may lack
   }
 
