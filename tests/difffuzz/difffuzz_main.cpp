@@ -100,10 +100,14 @@ struct Comparison {
 // engine or the comparison itself, not from the fast path.
 bool selfCheck = false;
 
+// Each program runs twice on one script object: the second run meets the variables,
+// procedures and blocks the first left behind, so names bound once may mean something else.
+constexpr int kRuns = 2;
+
 Comparison compare(const std::string& program, std::chrono::milliseconds limit) {
   Comparison c;
-  c.fast = difffuzz::runProgram(program, selfCheck, limit);
-  c.reference = difffuzz::runProgram(program, true, limit);
+  c.fast = difffuzz::runProgram(program, selfCheck, limit, kRuns);
+  c.reference = difffuzz::runProgram(program, true, limit, kRuns);
   c.differences = difffuzz::differences(c.fast, c.reference);
   return c;
 }

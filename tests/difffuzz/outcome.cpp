@@ -63,11 +63,10 @@ std::string field(const char* name, const std::string& fast, const std::string& 
 
 }  // namespace
 
-Outcome runProgram(const std::string& program, bool reference, std::chrono::milliseconds limit) {
+namespace {
+
+Outcome runOnce(lx::LxBasicScript& script, std::chrono::milliseconds limit) {
   Outcome out;
-  lx::LxBasicScript script;
-  script.setReferenceEvaluator(reference);
-  script.setScript(std::string_view(program));
   lx::Variant result;
   {
     Watchdog watchdog(script, limit);
@@ -96,14 +95,24 @@ Outcome runProgram(const std::string& program, bool reference, std::chrono::mill
   return out;
 }
 
-std::vector<std::string> differences(const Outcome& fast, const Outcome& reference) {
-  std::vector<std::string> found;
-  auto compare = [&found](const char* name, const auto& a, const auto& b) {
+Outcome runFrom(lx::LxBasicScript& script, std::chrono::milliseconds limit, int runs) {
+  Outcome out = runOnce(script, limit);
+  if (runs > 1 && !out.timedOut) {
+    out.next = std::make_shared<const Outcome>(runFrom(script, limit, runs - 1));
+  }
+  return out;
+}
+
+// Differences of the first run are named plainly, those of later runs with "run N: " first.
+void collectDifferences(const Outcome& fast, const Outcome& reference, int number,
+                        std::vector<std::string>& found) {
+  const std::string run = number == 1 ? "" : "run " + std::to_string(number) + ": ";
+  auto compare = [&](const char* name, const auto& a, const auto& b) {
     if (a == b) return;
     if constexpr (std::is_same_v<std::decay_t<decltype(a)>, std::string>) {
-      found.push_back(field(name, a, b));
+      found.push_back(run + field(name, a, b));
     } else {
-      found.push_back(field(name, std::to_string(a), std::to_string(b)));
+      found.push_back(run + field(name, std::to_string(a), std::to_string(b)));
     }
   };
   compare("timed out", fast.timedOut, reference.timedOut);
@@ -125,8 +134,27 @@ std::vector<std::string> differences(const Outcome& fast, const Outcome& referen
   for (const auto& entry : names) {
     const std::string& a = valueIn(fast, entry.first);
     const std::string& b = valueIn(reference, entry.first);
-    if (a != b) found.push_back("variable " + entry.first + ": " + a + " | " + b);
+    if (a != b) found.push_back(run + "variable " + entry.first + ": " + a + " | " + b);
   }
+  compare("another run", fast.next != nullptr, reference.next != nullptr);
+  if (fast.next && reference.next) {
+    collectDifferences(*fast.next, *reference.next, number + 1, found);
+  }
+}
+
+}  // namespace
+
+Outcome runProgram(const std::string& program, bool reference, std::chrono::milliseconds limit,
+                   int runs) {
+  lx::LxBasicScript script;
+  script.setReferenceEvaluator(reference);
+  script.setScript(std::string_view(program));
+  return runFrom(script, limit, runs);
+}
+
+std::vector<std::string> differences(const Outcome& fast, const Outcome& reference) {
+  std::vector<std::string> found;
+  collectDifferences(fast, reference, 1, found);
   return found;
 }
 
@@ -141,6 +169,7 @@ std::string describe(const Outcome& o) {
   if (!o.exception.empty()) text += "exception: " + o.exception + "\n";
   if (o.timedOut) text += "stopped by the time limit\n";
   for (const auto& [name, value] : o.vars) text += "  " + name + " = " + value + "\n";
+  if (o.next) text += "--- the next run of the same script object\n" + describe(*o.next);
   return text;
 }
 

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -20,12 +21,17 @@ struct Outcome {
   std::string exception;                    // what escaped runScript, "" when nothing did
   std::map<std::string, std::string> vars;  // name -> rendered value; temporaries left out
   bool timedOut = false;                    // the run was stopped by the time limit
+  // The next run of the same script object, if there was one.
+  std::shared_ptr<const Outcome> next;
 };
 
 // Runs `program` in a fresh script object on the calling thread, through the reference
-// evaluator when `reference` is set. A run that outlives `limit` is stopped after its current
-// line and marked timedOut.
-Outcome runProgram(const std::string& program, bool reference, std::chrono::milliseconds limit);
+// evaluator when `reference` is set, `runs` times in a row. Variables, procedures and open
+// blocks persist from run to run, so a later run meets names an earlier one left behind. A
+// run that outlives `limit` is stopped after its current line, marked timedOut, and is the
+// last.
+Outcome runProgram(const std::string& program, bool reference, std::chrono::milliseconds limit,
+                   int runs = 1);
 
 // One line per observation that differs ("RESULT: ... | ..."); empty when the two agree.
 std::vector<std::string> differences(const Outcome& fast, const Outcome& reference);

@@ -68,11 +68,13 @@ class Generator {
 
   std::string program() {
     Scope main;
+    // Before the declarations, ON ERROR lets a second run of the same script object go past
+    // the declarations it already made.
+    resuming_ = rnd_.percent(50);
+    bool early = rnd_.percent(50);
+    if (resuming_ && early) emit(onError(true));
     preamble(main);
-    if (rnd_.percent(50)) {
-      emit(onError(true));
-      resuming_ = true;
-    }
+    if (resuming_ && !early) emit(onError(true));
     int procedures = rnd_.between(0, 3);
     for (int i = 0; i < procedures; ++i) procedureDefinition();
     int count = rnd_.between(6, 16);
@@ -173,6 +175,9 @@ class Generator {
     // A name in the form of a temporary, numbered beyond any a run reaches: the reference
     // evaluator looks it up like any variable and finds none.
     if (rnd_.percent(4)) return "____var_99999999999";
+    // The next name a DIM will declare: unknown here, but a loop may come back to this line
+    // once it exists.
+    if (rnd_.percent(15)) return "d" + std::to_string(declared_ + 1);
     return s.procedure ? "p1" : "c1";  // a constant, or a parameter the callee may lack
   }
 
@@ -619,6 +624,14 @@ class Generator {
   }
 
   void declaration(Scope& s) {
+    if (rnd_.percent(4)) {
+      // A variable named like a built-in: from here on the name means the variable, and
+      // Trim(x) reads an element.
+      std::string name = rnd_.pick({"Trim", "Sgn", "Hex"});
+      emit(kw("DIM") + " " + name + " = " + atom(s));
+      s.scalars.push_back(name);
+      return;
+    }
     std::string name = "d" + std::to_string(++declared_);
     switch (rnd_.below(6)) {
       case 0:

@@ -97,6 +97,31 @@ TEST(RunProgram, RecordsTheErrorAsTheHostSeesIt) {
   }
 }
 
+// A second run on the same object starts from what the first left: here the declaration
+// fails, ON ERROR lets it pass, and the count goes on from 1.
+TEST(RunProgram, LaterRunsKeepTheirOwnOutcome) {
+  Outcome o = runProgram("ON ERROR RESUME NEXT\nDIM n = 0, RESULT\nn = n + 1\nRESULT = n", true,
+                         milliseconds(5000), 2);
+  ASSERT_TRUE(o.next);
+  EXPECT_EQ(o.result, "Number(double) 1");
+  EXPECT_EQ(o.next->result, "Number(double) 2");
+  EXPECT_EQ(o.next->code, 17);
+  EXPECT_FALSE(o.next->next);
+
+  Outcome once = runProgram("DIM n = 1", true, milliseconds(5000), 1);
+  Outcome twice = runProgram("DIM n = 1", true, milliseconds(5000), 2);
+  auto found = differences(once, twice);
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found[0].rfind("another run", 0), 0u) << found[0];
+  auto changed = std::make_shared<Outcome>(*twice.next);
+  changed->vars["N"] = "changed";
+  twice.next = changed;
+  Outcome other = runProgram("DIM n = 1", true, milliseconds(5000), 2);
+  found = differences(twice, other);
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found[0].rfind("run 2: variable N", 0), 0u) << found[0];
+}
+
 TEST(RunProgram, ExceptionKeepsResultSoFar) {
   Outcome o = run("DIM RESULT = 5\nECHO 1\nRESULT = 6");
   EXPECT_FALSE(o.exception.empty());
