@@ -1,9 +1,13 @@
 // Runs one benchmark workload at one size, for bench/measure.sh:
 //
-//   lxbench [--reference] WORKLOAD.bas N   the script with every @N@ replaced by N
-//   lxbench [--reference] --create N       N script objects made and dropped
+//   lxbench [--reference] [--memory] WORKLOAD.bas N   the script with every @N@ replaced by N
+//   lxbench [--reference] [--memory] --create N       N script objects made and dropped
+//
+// --memory prints the peak resident set size to standard error at the end.
 //
 // A run that ends with an error fails (exit 1): a workload that stops early measures nothing.
+#include <sys/resource.h>
+
 #include <cstdio>
 #include <fstream>
 #include <sstream>
@@ -17,7 +21,7 @@
 namespace {
 
 int usage() {
-  std::fprintf(stderr, "usage: lxbench [--reference] (WORKLOAD.bas | --create) N\n");
+  std::fprintf(stderr, "usage: lxbench [--reference] [--memory] (WORKLOAD.bas | --create) N\n");
   return 2;
 }
 
@@ -54,22 +58,40 @@ int createScripts(long count, bool reference) {
   return 0;
 }
 
+void printPeakMemory() {
+  rusage usage{};
+  if (getrusage(RUSAGE_SELF, &usage) == 0) {
+    std::fprintf(stderr, "peak resident set: %ld KiB\n", usage.ru_maxrss);
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   int at = 1;
   bool reference = false;
-  if (at < argc && std::string_view(argv[at]) == "--reference") {
-    reference = true;
-    ++at;
+  bool memory = false;
+  for (; at < argc && std::string_view(argv[at]).starts_with("--") &&
+         std::string_view(argv[at]) != "--create";
+       ++at) {
+    std::string_view option = argv[at];
+    if (option == "--reference") {
+      reference = true;
+    } else if (option == "--memory") {
+      memory = true;
+    } else {
+      return usage();
+    }
   }
   if (argc - at != 2) return usage();
   std::string what = argv[at];
   std::string n = argv[at + 1];
   if (n.empty() || n.find_first_not_of("0123456789") != std::string::npos) return usage();
   try {
-    if (what == "--create") return createScripts(std::stol(n), reference);
-    return runWorkload(what, n, reference);
+    int status = what == "--create" ? createScripts(std::stol(n), reference)
+                                    : runWorkload(what, n, reference);
+    if (memory) printPeakMemory();
+    return status;
   } catch (...) {
     std::fprintf(stderr, "lxbench: %s\n", lx::describeException(std::current_exception()).c_str());
     return 1;
