@@ -15,19 +15,59 @@ struct Builtin {
 };
 
 const std::vector<Builtin> kBuiltins = {
-    {"Len", "e"},       {"InStr", "ee"},    {"InStr", "see"},      {"Mid", "ess"},
-    {"Mid", "es"},      {"Left", "es"},     {"Right", "es"},       {"CStr", "e"},
-    {"CInt", "e"},      {"CDbl", "e"},      {"CLng", "e"},         {"CBool", "e"},
-    {"UCase", "e"},     {"LCase", "e"},     {"Trim", "e"},         {"LTrim", "e"},
-    {"Abs", "e"},       {"Sgn", "e"},       {"Int", "e"},          {"Fix", "e"},
-    {"Round", "e"},     {"IsNumeric", "e"}, {"IsEmpty", "e"},      {"IsArray", "e"},
-    {"TypeName", "e"},  {"VarType", "e"},   {"StrReverse", "e"},   {"Replace", "ett"},
-    {"StrComp", "ee"},  {"Space", "s"},     {"String", "st"},      {"Asc", "e"},
-    {"Chr", "c"},       {"Hex", "e"},       {"Oct", "e"},          {"Mod", "ee"},
-    {"UBound", "a"},    {"LBound", "a"},    {"Join", "at"},        {"IsArray", "a"},
-    {"TypeName", "a"},  {"VarType", "d"},   {"Year", "d"},         {"Month", "d"},
-    {"Day", "d"},       {"Weekday", "d"},   {"DateSerial", "yss"}, {"DateAdd", "usd"},
+    {"Len", "e"},
+    {"InStr", "ee"},
+    {"InStr", "see"},
+    {"Mid", "ess"},
+    {"Mid", "es"},
+    {"Left", "es"},
+    {"Right", "es"},
+    {"CStr", "e"},
+    {"CInt", "e"},
+    {"CDbl", "e"},
+    {"CLng", "e"},
+    {"CBool", "e"},
+    {"UCase", "e"},
+    {"LCase", "e"},
+    {"Trim", "e"},
+    {"LTrim", "e"},
+    {"Abs", "e"},
+    {"Sgn", "e"},
+    {"Int", "e"},
+    {"Fix", "e"},
+    {"Round", "e"},
+    {"IsNumeric", "e"},
+    {"IsEmpty", "e"},
+    {"IsArray", "e"},
+    {"TypeName", "e"},
+    {"VarType", "e"},
+    {"StrReverse", "e"},
+    {"Replace", "ett"},
+    {"StrComp", "ee"},
+    {"Space", "s"},
+    {"String", "st"},
+    {"Asc", "e"},
+    {"Chr", "c"},
+    {"Hex", "e"},
+    {"Oct", "e"},
+    {"Mod", "ee"},
+    {"UBound", "a"},
+    {"LBound", "a"},
+    {"Join", "at"},
+    {"IsArray", "a"},
+    {"TypeName", "a"},
+    {"VarType", "d"},
+    {"Year", "d"},
+    {"Month", "d"},
+    {"Day", "d"},
+    {"Weekday", "d"},
+    {"DateSerial", "yss"},
+    {"DateAdd", "usd"},
     {"IsNumeric", "t"},
+    // The host object's methods, found like built-ins.
+    {"Bump", "s"},
+    {"Twice", "e"},
+    {"Half", "e"},
 };
 
 // Texts that Eval reads; quotes inside are doubled by the caller.
@@ -127,6 +167,8 @@ std::string ExpressionWriter::atom(const Scope& s) {
   // The next name a DIM will declare: unknown here, but a loop may come back to this line
   // once it exists.
   if (g_.rnd.percent(15)) return "d" + std::to_string(g_.declared + 1);
+  // A bare name that is no variable calls the host object's method without arguments.
+  if (g_.rnd.percent(20)) return kw("Total");
   return s.procedure ? "p1" : "c1";  // a constant, or a parameter the callee may lack
 }
 

@@ -4,6 +4,7 @@
 #include <mutex>
 #include <thread>
 
+#include "difffuzz/host_tally.h"
 #include "difffuzz/value_text.h"
 #include "interpreter/script_core.h"
 #include "lxbasic/exceptions.h"
@@ -65,7 +66,7 @@ std::string field(const char* name, const std::string& fast, const std::string& 
 
 namespace {
 
-Outcome runOnce(lx::LxBasicScript& script, std::chrono::milliseconds limit) {
+Outcome runOnce(lx::LxBasicScript& script, const Tally& tally, std::chrono::milliseconds limit) {
   Outcome out;
   lx::Variant result;
   {
@@ -92,13 +93,15 @@ Outcome runOnce(lx::LxBasicScript& script, std::chrono::milliseconds limit) {
     if (isTemporary(name)) continue;
     out.vars[lx::toUtf8(name)] = slot ? renderSlot(*slot) : "(no slot)";
   }
+  out.host = tally.summary();
   return out;
 }
 
-Outcome runFrom(lx::LxBasicScript& script, std::chrono::milliseconds limit, int runs) {
-  Outcome out = runOnce(script, limit);
+Outcome runFrom(lx::LxBasicScript& script, const Tally& tally, std::chrono::milliseconds limit,
+                int runs) {
+  Outcome out = runOnce(script, tally, limit);
   if (runs > 1 && !out.timedOut) {
-    out.next = std::make_shared<const Outcome>(runFrom(script, limit, runs - 1));
+    out.next = std::make_shared<const Outcome>(runFrom(script, tally, limit, runs - 1));
   }
   return out;
 }
@@ -123,6 +126,7 @@ void collectDifferences(const Outcome& fast, const Outcome& reference, int numbe
   compare("error line", fast.line, reference.line);
   compare("error line number", fast.lineNumber, reference.lineNumber);
   compare("exception", fast.exception, reference.exception);
+  compare("host object", fast.host, reference.host);
   static const std::string kMissing = "(no such variable)";
   auto valueIn = [](const Outcome& o, const std::string& name) -> const std::string& {
     auto it = o.vars.find(name);
@@ -149,7 +153,9 @@ Outcome runProgram(const std::string& program, bool reference, std::chrono::mill
   lx::LxBasicScript script;
   script.setReferenceEvaluator(reference);
   script.setScript(std::string_view(program));
-  return runFrom(script, limit, runs);
+  auto tally = Tally::make();
+  script.addObj(tally);
+  return runFrom(script, *tally, limit, runs);
 }
 
 std::vector<std::string> differences(const Outcome& fast, const Outcome& reference) {
@@ -168,6 +174,7 @@ std::string describe(const Outcome& o) {
   }
   if (!o.exception.empty()) text += "exception: " + o.exception + "\n";
   if (o.timedOut) text += "stopped by the time limit\n";
+  text += "host object: " + o.host + "\n";
   for (const auto& [name, value] : o.vars) text += "  " + name + " = " + value + "\n";
   if (o.next) text += "--- the next run of the same script object\n" + describe(*o.next);
   return text;

@@ -20,12 +20,14 @@ struct Outcome {
   int lineNumber = -1;
   std::string exception;                    // what escaped runScript, "" when nothing did
   std::map<std::string, std::string> vars;  // name -> rendered value; temporaries left out
+  std::string host;                         // the state of the host object after the run
   bool timedOut = false;                    // the run was stopped by the time limit
   // The next run of the same script object, if there was one.
   std::shared_ptr<const Outcome> next;
 };
 
-// Runs `program` in a fresh script object on the calling thread, through the reference
+// Runs `program` in a fresh script object, with a fresh Tally as its host object (after the
+// library), on the calling thread, through the reference
 // evaluator when `reference` is set, `runs` times in a row. Variables, procedures and open
 // blocks persist from run to run, so a later run meets names an earlier one left behind. A
 // run that outlives `limit` is stopped after its current line, marked timedOut, and is the

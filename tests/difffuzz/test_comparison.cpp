@@ -46,6 +46,8 @@ TEST(Differences, EveryObservationCounts) {
       {"zz = 1", "yy = 1", "error message"},
       {"DIM a = 1", "zz = 1", "error set"},
       {"DIM a = 1", "ECHO 1", "exception"},
+      {"Bump(1)", "Bump(2)", "host object"},
+      {"DIM t = Total", "DIM t = Twice(1)", "host object"},
   };
   for (const auto& c : cases) {
     auto found = differences(run(c.a), run(c.b));
