@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cctype>
 #include <chrono>
-#include <regex>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -38,6 +38,23 @@ std::vector<std::string> statementsOf(const std::string& program) {
     if (first != std::string::npos) lines.push_back(line.substr(first));
   }
   return lines;
+}
+
+// The names and keywords of a program, upper-cased; string literals are skipped.
+std::vector<std::string> wordsOf(const std::string& program) {
+  std::vector<std::string> words;
+  std::string word;
+  bool quoted = false;
+  for (char c : upper(program) + "\n") {
+    if (c == '"') quoted = !quoted;
+    if (!quoted && (std::isalnum(static_cast<unsigned char>(c)) || c == '_')) {
+      word += c;
+    } else if (!word.empty()) {
+      words.push_back(word);
+      word.clear();
+    }
+  }
+  return words;
 }
 
 bool startsWith(const std::string& text, const std::string& prefix) {
@@ -122,13 +139,13 @@ TEST(ProgramGenerator, CorpusCoversTheGrammar) {
 // Whatever a run's outcome depends on besides the program text would show as a difference
 // between the two modes that no evaluator caused; calls that wait would stall the fuzzer.
 TEST(ProgramGenerator, AvoidsClocksChanceAndWaiting) {
-  const std::regex forbidden(
-      R"(\b(RND|NOW|TIMER|TIME|DATE|TODAY|SLEEP|MSGBOX|INPUTBOX|SPLIT|PRINT|WRITELN|CREATEOBJECT)\b)");
+  const std::set<std::string> forbidden = {"RND",   "NOW",     "TIMER",       "TIME",     "DATE",
+                                           "TODAY", "SLEEP",   "MSGBOX",      "INPUTBOX", "SPLIT",
+                                           "PRINT", "WRITELN", "CREATEOBJECT"};
   for (uint64_t seed = 1; seed <= 300; ++seed) {
-    std::string program = upper(generateProgram(seed));
-    std::smatch found;
-    EXPECT_FALSE(std::regex_search(program, found, forbidden))
-        << "seed " << seed << " uses " << found.str();
+    for (const auto& word : wordsOf(generateProgram(seed))) {
+      EXPECT_EQ(forbidden.count(word), 0u) << "seed " << seed << " uses " << word;
+    }
   }
 }
 
