@@ -1,0 +1,99 @@
+// Runs one benchmark workload at one size, for bench/measure.sh:
+//
+//   lxbench [--reference] [--memory] WORKLOAD.bas N   the script with every @N@ replaced by N
+//   lxbench [--reference] [--memory] --create N       N script objects made and dropped
+//
+// --memory prints the peak resident set size to standard error at the end.
+//
+// A run that ends with an error fails (exit 1): a workload that stops early measures nothing.
+#include <sys/resource.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <string_view>
+
+#include "lxbasic/exceptions.h"
+#include "lxbasic/script.h"
+#include "lxbasic/text.h"
+
+namespace {
+
+int usage() {
+  std::fprintf(stderr, "usage: lxbench [--reference] [--memory] (WORKLOAD.bas | --create) N\n");
+  return 2;
+}
+
+std::string instantiate(const std::string& path, const std::string& n) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) throw std::runtime_error("cannot read " + path);
+  std::stringstream buffer;
+  buffer << file.rdbuf();
+  std::string text = buffer.str();
+  for (size_t at = text.find("@N@"); at != std::string::npos; at = text.find("@N@", at)) {
+    text.replace(at, 3, n);
+  }
+  return text;
+}
+
+int runWorkload(const std::string& path, const std::string& n, bool reference) {
+  lx::LxBasicScript script;
+  script.setReferenceEvaluator(reference);
+  script.setScript(std::string_view(instantiate(path, n)));
+  lx::Variant result = script.runScript();
+  if (auto err = script.error(); err && err->code() > 0) {
+    std::fprintf(stderr, "lxbench: %s\n", lx::toUtf8(err->description()).c_str());
+    return 1;
+  }
+  std::printf("%s\n", lx::toUtf8(lx::toText(result)).c_str());
+  return 0;
+}
+
+int createScripts(long count, bool reference) {
+  for (long i = 0; i < count; ++i) {
+    lx::LxBasicScript script;
+    script.setReferenceEvaluator(reference);
+  }
+  return 0;
+}
+
+void printPeakMemory() {
+  rusage usage{};
+  if (getrusage(RUSAGE_SELF, &usage) == 0) {
+    std::fprintf(stderr, "peak resident set: %ld KiB\n", usage.ru_maxrss);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  int at = 1;
+  bool reference = false;
+  bool memory = false;
+  for (; at < argc && std::string_view(argv[at]).starts_with("--") &&
+         std::string_view(argv[at]) != "--create";
+       ++at) {
+    std::string_view option = argv[at];
+    if (option == "--reference") {
+      reference = true;
+    } else if (option == "--memory") {
+      memory = true;
+    } else {
+      return usage();
+    }
+  }
+  if (argc - at != 2) return usage();
+  std::string what = argv[at];
+  std::string n = argv[at + 1];
+  if (n.empty() || n.find_first_not_of("0123456789") != std::string::npos) return usage();
+  try {
+    int status = what == "--create" ? createScripts(std::stol(n), reference)
+                                    : runWorkload(what, n, reference);
+    if (memory) printPeakMemory();
+    return status;
+  } catch (...) {
+    std::fprintf(stderr, "lxbench: %s\n", lx::describeException(std::current_exception()).c_str());
+    return 1;
+  }
+}
