@@ -18,8 +18,10 @@ const char* numberType(const lx::Number& n) {
       return "i32";
     case lx::Number::Type::Int64:
       return "i64";
-    case lx::Number::Type::Bool:
+    case lx::Number::Type::Boolean:
       return "bool";
+    case lx::Number::Type::UInt64:
+      return "u64";
     case lx::Number::Type::Double:
       return "double";
   }
