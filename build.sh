@@ -12,7 +12,8 @@ JOBS=${JOBS:-$(nproc)}
 RUN_PACKAGES=(cmake g++ make libicu-dev libfltk1.3-dev libedit-dev)
 # What the tests need besides: GoogleTest, pkg-config for the package test, Google Benchmark
 # for bench/, and an X server, xdotool and ImageMagick's import for the window tests.
-TEST_PACKAGES=(libgtest-dev libgmock-dev libbenchmark-dev pkg-config xvfb xdotool imagemagick)
+TEST_PACKAGES=(libgtest-dev libgmock-dev libbenchmark-dev pkg-config xvfb xdotool imagemagick
+               clang libclang-rt-14-dev)
 
 install_packages() {  # install_packages PACKAGE...
   local missing=()
@@ -52,6 +53,8 @@ case "${1:-}" in
     build build-sanitize -DLX_SANITIZE=ON -DLX_BUILD_TESTS=ON
     (cd build-sanitize && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
        LSAN_OPTIONS=suppressions="$PWD/../tests/lsan.supp" ctest --output-on-failure -j "$JOBS")
+    tests/tsan/run.sh                # the threaded tests under ThreadSanitizer
+    tests/fuzz/run.sh 120            # libFuzzer on script text, two minutes
     ;;
   *)
     echo "usage: ./build.sh run [SCRIPT] | ./build.sh test" >&2
