@@ -94,7 +94,10 @@ compiled::LineCode* ScriptCore::compileLine(PreparedLine& line) {
 }
 
 void ScriptCore::mainLoop() {
-  const bool compiled = !evaluating_ && !referenceEvaluator();
+  // A procedure's script is made anew for every call, so compiling its lines would cost more
+  // than it saves until bodies keep their compiled lines from call to call; Eval's lines run
+  // once.
+  const bool compiled = !evaluating_ && !_owner && !referenceEvaluator();
   uint64_t compiledLines = 0;
   uint64_t referenceLines = 0;
   for (_curline = 0; _curline >= 0 && static_cast<size_t>(_curline) < prepared_.size();
