@@ -12,6 +12,9 @@ install(TARGETS lxbasic EXPORT LxBasicTargets
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/lxbasic
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+# The installed runner finds the installed libraries beside it, wherever the prefix is.
+file(RELATIVE_PATH LX_BIN_TO_LIB "/root/${CMAKE_INSTALL_BINDIR}" "/root/${CMAKE_INSTALL_LIBDIR}")
+set_target_properties(lxbasic_runner PROPERTIES INSTALL_RPATH "$ORIGIN/${LX_BIN_TO_LIB}")
 install(TARGETS lxbasic_runner RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(EXPORT LxBasicTargets NAMESPACE LxBasic:: DESTINATION ${LX_CMAKE_DIR})
 
@@ -35,6 +38,7 @@ configure_file(${PROJECT_SOURCE_DIR}/cmake/lxbasic.pc.in ${PROJECT_BINARY_DIR}/l
 install(FILES ${PROJECT_BINARY_DIR}/lxbasic.pc DESTINATION ${LX_PC_DIR})
 
 if(LX_WITH_FLTK)
+  set_target_properties(lxbasic_fltk PROPERTIES INSTALL_RPATH "$ORIGIN")
   install(TARGETS lxbasic_fltk EXPORT LxBasicFltkTargets
           LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
           ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}

@@ -50,8 +50,15 @@ root=$(mktemp -d /var/tmp/lxbasic-cleanroom.XXXXXX)
 mounted=()
 cleanup() {
   local i
-  for ((i = ${#mounted[@]} - 1; i >= 0; i--)); do umount -l "${mounted[$i]}" 2>/dev/null || true; done
-  rm -rf --one-file-system "$root"
+  for ((i = ${#mounted[@]} - 1; i >= 0; i--)); do
+    umount "${mounted[$i]}" 2>/dev/null || umount -l "${mounted[$i]}" 2>/dev/null || true
+  done
+  # Never delete through a mount that is still there (the host's /dev, /proc).
+  if grep -q " $root/" /proc/mounts; then
+    echo "cleanroom: $root still has mounts; left in place" >&2
+  else
+    rm -rf "$root"
+  fi
 }
 trap cleanup EXIT
 

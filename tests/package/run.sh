@@ -33,6 +33,11 @@ for f in include/lxbasic/script.h include/lxbasic/export.h include/lxbasic/graph
 done
 libdir=$(dirname "$(find "$prefix" -name 'liblxbasic.*' | head -1)")
 
+got=$(echo 'DIM RESULT = "runs from " & ScriptEngine()' | env -u DISPLAY "$prefix/bin/lxbasic" -) ||
+  fail "the installed runner does not start"
+[ "$got" = "runs from LxBasic" ] || fail "the installed runner printed '$got'"
+echo "ok: the installed runner finds its libraries"
+
 # A headless host must not drag in a toolkit: the engine needs ICU and the C++ runtime only.
 if [ -e "$libdir/liblxbasic.so" ]; then
   needed=$(readelf -d "$libdir/liblxbasic.so" | grep NEEDED || true)
