@@ -17,7 +17,9 @@ file(CONFIGURE OUTPUT ${LX_DOCS_OUT}/readme_sample.cpp @ONLY CONTENT [[
 #include "lxbasic/text.h"
 
 int main() {
+  {
 @readme@
+  }
   return 0;
 }
 ]])
