@@ -90,8 +90,9 @@ class LxBasicScript {
   LX_API Variant call(UStringView name, std::initializer_list<Variant> args = {});
 
   // Called before each executed line with the 1-based line of the script text (inside
-  // procedures: the line of the body in the script text) and the call depth (0 at the top,
-  // 1 inside a procedure called from there, ...). Answering false stops the run as
+  // procedures: the line of the body in the script text; lines run by Eval: the line within
+  // the evaluated text) and the call depth (0 at the top, 1 inside a procedure called from
+  // there, ...). Answering false stops the run as
   // terminate() does. Runs on the script's thread; an exception from it ends the run as a
   // host method's would. An empty function removes the hook. Throws InvalidArgumentException
   // while the script is running.

@@ -65,6 +65,7 @@ TEST(Binding, SixtyFourBitValuesTravelWhole) {
   const lxtest::TextCase cases[] = {
       {u"RESULT = Big", u"5000000000"},
       {u"RESULT = Twice(3000000000)", u"6000000000"},
+      {u"RESULT = Twice(6000000000)", u"12000000000"},
       {u"RESULT = Twice(-4611686018427387904)", u"-9223372036854775808"},
       {u"RESULT = Twice(\"3000000000\")", u"6000000000"},
       {u"RESULT = Twice(2.9)", u"4"},
