@@ -123,27 +123,6 @@ TEST(Binding, MethodsAddedAfterFirstUseAreFound) {
   EXPECT_EQ(lxtest::run(script, u"RESULT = First").text(), u"1");
 }
 
-TEST(Binding, TypeCodesFollowTheSignature) {
-  registerMeter();
-  const lx::ClassInfo* cls = lx::ClassRegistry::instance().byName("Meter");
-  ASSERT_NE(cls, nullptr);
-  struct Case {
-    const char* selector;
-    const char* args;
-    char ret;
-  };
-  const Case cases[] = {
-      {"Twice:", "q", 'q'}, {"U32:", "I", 'I'},   {"U64:", "Q", 'Q'},
-      {"U8:", "C", 'C'},    {"Limit:", "i", 'v'}, {"Shout:", "@", '@'},
-  };
-  for (const Case& c : cases) {
-    const lx::MethodInfo* m = cls->instanceMethod(c.selector);
-    ASSERT_NE(m, nullptr) << c.selector;
-    EXPECT_EQ(m->argTypes, c.args) << c.selector;
-    EXPECT_EQ(m->returnType, c.ret) << c.selector;
-  }
-}
-
 // What the compile-time selector check counts: a leading reference to the class (or a base)
 // is the receiver, not a script argument.
 static_assert(lx::detail::scriptArity<Meter, decltype(&Meter::twice)>() == 1);
