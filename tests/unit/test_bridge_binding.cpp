@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include "lxbasic/bridge.h"
 #include "lxbasic/exceptions.h"
@@ -28,6 +29,7 @@ class Meter : public lx::Object {
 
 class Late : public lx::Object {};
 class Twice : public lx::Object {};
+class Busy : public lx::Object {};
 
 void registerMeter() {
   static bool done = false;
@@ -121,6 +123,22 @@ TEST(Binding, MethodsAddedAfterFirstUseAreFound) {
   builder.method("Bump:", [](int n) { return n + 1; });
   EXPECT_EQ(lxtest::run(script, u"RESULT = Bump(1)").text(), u"2");
   EXPECT_EQ(lxtest::run(script, u"RESULT = First").text(), u"1");
+}
+
+TEST(Binding, RegisteringWhileScriptsCallTheClassIsSafe) {
+  lx::ClassBuilder<Busy> builder("Busy");
+  builder.method("Ping", [] { return 1; });
+  lx::LxBasicScript script;
+  script.addObj(std::make_shared<Busy>());
+  script.setScript("DIM RESULT = 0\nFOR i = 1 TO 3000\nRESULT = RESULT + Ping\nNEXT");
+  std::thread runner([&] { script.runScript(); });
+  // Each registration may move the class's method list and rebuild its table under the
+  // calls the script is making.
+  for (int i = 0; i < 300; ++i) builder.method("Extra" + std::to_string(i), [i] { return i; });
+  runner.join();
+  EXPECT_TRUE(script.succeeded());
+  EXPECT_EQ(lx::toText(script.valueOf(u"RESULT")), u"3000");
+  EXPECT_EQ(lxtest::run(script, u"RESULT = Extra299").text(), u"299");
 }
 
 // What the compile-time selector check counts: a leading reference to the class (or a base)
