@@ -84,7 +84,7 @@ class LX_API ClassInfo {
   void setFactory(std::function<ObjectRef()> f) { factory_ = std::move(f); }
   // Adds a method, also after scripts have looked the class up (their method table is built
   // again). A second method with the same selector throws BindingException.
-  LX_API void addMethod(MethodInfo m);
+  void addMethod(MethodInfo m);
 
  private:
   std::string name_;

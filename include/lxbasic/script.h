@@ -103,18 +103,18 @@ class LX_API LxBasicScript {
   // Runs the SUB or FUNCTION `name` (defined by an earlier run) with `args` on the calling
   // thread and answers its result (Empty for a SUB). Failures are left as a run leaves them:
   // error 5 for an unknown name, 12 for a wrong argument count, the body's own error (its
-  // code, message and line text) otherwise; see succeeded(). Variables the body assigns
-  // that only the script has are the script's. Throws InvalidArgumentException while the
-  // script is running.
+  // code, message and line text) otherwise; see succeeded(). As in any procedure, the body
+  // may assign the script's variables but not read them. Throws InvalidArgumentException
+  // while the script is running.
   LX_API Variant call(UStringView name, std::span<const Variant> args);
   LX_API Variant call(UStringView name, std::initializer_list<Variant> args = {});
 
   // Called before each executed line with the 1-based line of the script text (inside
-  // procedures: the line of the body in the script text) and the call depth (0 at the top,
-  // 1 inside a procedure called from there, ...). Answering false stops the run as
-  // terminate() does. Runs on the script's thread; an exception from it ends the run as a
-  // host method's would. An empty function removes the hook. Throws InvalidArgumentException
-  // while the script is running.
+  // procedures: the line of the body in the script text; lines run by Eval: the line within
+  // the evaluated text) and the call depth (0 at the top, 1 inside a procedure called from
+  // there, ...). Answering false stops the run as terminate() does. Runs on the script's
+  // thread; an exception from it ends the run as a host method's would. An empty function
+  // removes the hook. Throws InvalidArgumentException while the script is running.
   using LineHook = std::function<bool(int32_t line, int32_t depth)>;
   LX_API void setLineHook(LineHook hook);
   bool checkSyntax() const;  // always true: nothing is checked before a run

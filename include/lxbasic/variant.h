@@ -82,8 +82,8 @@ class LX_API Number {
   int64_t toInt64() const noexcept;
   // The exact integer, when the number is one that fits T's range: integers and booleans,
   // and doubles without a fraction. std::nullopt otherwise.
-  std::optional<int64_t> exactInt64() const noexcept;
-  std::optional<uint64_t> exactUInt64() const noexcept;
+  LX_API std::optional<int64_t> exactInt64() const noexcept;
+  LX_API std::optional<uint64_t> exactUInt64() const noexcept;
   // 32-bit value: a 64-bit integer keeps its low 32 bits; a double is truncated toward zero
   // the way the processor does it (out of range and NaN give INT32_MIN).
   int32_t toInt32() const noexcept;
