@@ -175,6 +175,8 @@ TEST(Hostile, SecondRunWhileOneIsActiveIsRefused) {
   first.join();
   EXPECT_TRUE(script.waitUntilFinished(1000ms));
   EXPECT_EQ(script.error()->code(), 31);
+  script.reset();
+  EXPECT_FALSE(script.error());
 }
 
 TEST(Hostile, ErrorSnapshotDoesNotChangeUnderTheHost) {
