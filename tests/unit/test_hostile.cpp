@@ -112,6 +112,8 @@ TEST(Hostile, LongLinesAndSourcesStayBounded) {
       {"50,000 statements on a line", repeat(u"x = 1 : ", 50000), 37, u""},
       {"100,000 nested brackets", u"RESULT = " + repeat(u"(", 100000) + u"1" + repeat(u")", 100000),
        37, u""},
+      {"a long line joined from short ones", u"DIM s = \"\"" + repeat(u" & \"abcdefgh\" _\n", 5000),
+       37, u""},
       {"a 10 MB literal", u"RESULT = \"" + repeat(u"y", 10'000'000) + u"\"", 37, u""},
       {"2,000 operators", u"RESULT = 1" + repeat(u" + 1", 2000), 0, u"2001"},
       {"deep nesting within the limit",
