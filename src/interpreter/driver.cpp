@@ -52,6 +52,7 @@ void ScriptCore::execute(const LxBasicStringList& source) {
         continuation.clear();
       }
       statement = trim(statement);
+      if (statement.size() > kMaxLineLength) return refuseLongLine(statement, i);
       rest = trim(rest);
       prepared->addString(Variant(statement), index);
       last = std::move(statement);

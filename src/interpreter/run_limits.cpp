@@ -40,9 +40,7 @@ bool ScriptCore::sourceFits(const LxBasicStringList& source) {
     const UString& line = source.stringAtIndex(i);
     units += line.size();
     if (line.size() > kMaxLineLength) {
-      UString shown = line.substr(0, kShownLineStart) + u"...";
-      setError(LxError::errorWithCode(kLineTooLong, errorMessage(kLineTooLong), std::move(shown),
-                                      static_cast<int32_t>(i) + 1));
+      refuseLongLine(line, i);
       return false;
     }
   }
@@ -56,6 +54,12 @@ bool ScriptCore::sourceFits(const LxBasicStringList& source) {
     return false;
   }
   return true;
+}
+
+void ScriptCore::refuseLongLine(const UString& line, size_t index) {
+  UString shown = line.substr(0, kShownLineStart) + u"...";
+  setError(LxError::errorWithCode(kLineTooLong, errorMessage(kLineTooLong), std::move(shown),
+                                  static_cast<int32_t>(index) + 1));
 }
 
 void ScriptCore::requestStop(ErrorRef reason) {

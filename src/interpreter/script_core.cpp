@@ -136,6 +136,11 @@ void ScriptCore::reset() {
   _objs.clear();
   _ifs.clear();
   _loops.clear();
+  {
+    // The stop of a finished run no longer guards its record.
+    std::lock_guard lock(errorMutex_);
+    if (!running()) stopSticky_ = false;
+  }
   setError(nullptr);
   addVarWithName(u"err", Variant(std::make_shared<LxError>(0, UString(), UString(), -1)));
   _curline = 0;

@@ -327,6 +327,8 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   // False (with error 37 or 36 set) when the text has a line too long to run or cannot be
   // prepared within the memory limit.
   bool sourceFits(const LxBasicStringList& source);
+  // Error 37 for a line (or a statement joined from continued lines) of script line `index`.
+  void refuseLongLine(const UString& line, size_t index);
   // Stops the run with `reason` (error -1 or 31), which no later error of the run replaces.
   void requestStop(ErrorRef reason);
   // Takes the run for this caller, atomically; false when one is already active.

@@ -126,6 +126,16 @@ TEST(CreateObject, MakesNewInstancesOfRegisteredClasses) {
   EXPECT_TRUE(h.go(u"RESULT = CreateObject(\"NoSuchClass\")").result.isEmpty());
 }
 
+TEST(CreateObject, OnlyCreatableClassesOnTheScriptsList) {
+  Host h;
+  // "Other" is registered but not creatable: a list naming it does not make it so.
+  h.script.setCreatableClasses({"Other"});
+  EXPECT_TRUE(h.go(u"RESULT = CreateObject(\"Shelf\")").result.isEmpty());
+  EXPECT_TRUE(h.go(u"RESULT = CreateObject(\"Other\")").result.isEmpty());
+  h.script.setCreatableClasses({"Other", "Shelf"});
+  EXPECT_EQ(h.go(u"RESULT = VarType(CreateObject(\"Shelf\"))").text(), u"3");
+}
+
 TEST(MethodCache, SameFirstPartDifferentArgumentCounts) {
   auto& lib = lxtest::library();
   EXPECT_NE(lx::findMethod(lib.lxClass(), u"mid", 2), nullptr);
