@@ -41,6 +41,8 @@ namespace {
 
 constexpr UStringView kPlaceholder = u"____var_";
 constexpr size_t kLongestCompiledText = 2000;
+// What a missing operand before a sign, and the bare value of a condition, compare with.
+const Variant kZero = Variant::real(0);
 
 UString placeholder(int32_t reg) {
   UString name(kPlaceholder);
@@ -201,7 +203,6 @@ class ApplyStep final : public Step {
         rightText_(std::move(rightText)) {}
 
   bool run(ScriptCore& script, Registers& regs, const UString& line) const override {
-    static const Variant kZero = Variant::real(0);
     Held left;
     Held right;
     bool haveLeft = readOperand(script, left_, regs, left);
@@ -416,7 +417,6 @@ class Comparison {
       }
       result = v.value().number().toBool();
     } else if (form == Form::Bare) {
-      static const Variant kZero = Variant::real(0);
       Held v;
       if (!side(script, regs, line, *left, leftText, v)) return false;
       result = compareValues(v.value(), kZero) == 1;  // only a value above zero is true
@@ -577,7 +577,6 @@ std::unique_ptr<Expression> Compiler::expression(UStringView text, bool comparit
     if (open == -1) {
       if (posWithNeedle(u")", line) != -1) {
         e->steps_.push_back(std::make_unique<FailStep>());
-        e->fails_ = true;
         return e;
       }
       break;
@@ -585,7 +584,6 @@ std::unique_ptr<Expression> Compiler::expression(UStringView text, bool comparit
     const int32_t close = posClosingBracket(line, static_cast<uint32_t>(open) + 1);
     if (close == -1) {
       e->steps_.push_back(std::make_unique<FailStep>());
-      e->fails_ = true;
       return e;
     }
     const auto o = static_cast<size_t>(open);
@@ -834,31 +832,43 @@ bool Expression::checkTarget(ScriptCore& script, const LxValue& slot) const {
   return true;
 }
 
+bool Expression::runSteps(ScriptCore& script, Registers& regs, ValueRef& slot) const {
+  if (assigns_) {
+    slot = target(script, regs);
+    if (!slot) return false;
+  }
+  for (const auto& step : steps_) {
+    if (!step->run(script, regs, original_)) return false;
+  }
+  return true;
+}
+
+Result Expression::finish(ScriptCore& script, Registers& regs, const ValueRef& slot) const {
+  Result result = single(script, regs);
+  if (!assigns_ || result.kind == Result::Kind::None) return result;
+  if (!checkTarget(script, *slot)) return {};
+  Held v;
+  if (readResult(script, result, v)) slot->setData(v.value());
+  return result;
+}
+
 void Expression::runStatement(ScriptCore& script, Registers& regs) const {
-  // An assignment whose value was computed last goes straight into its target.
-  if (!assigns_ || final_.leaf || inline_ || fails_) {
+  if (inline_) {
     run(script, regs);
     return;
   }
-  ValueRef slot = target(script, regs);
-  if (!slot) return;
-  for (const auto& step : steps_) {
-    if (!step->run(script, regs, original_)) return;
+  ValueRef slot;
+  if (!runSteps(script, regs, slot)) return;
+  // An assignment whose value was computed last goes straight into its target.
+  if (assigns_ && !final_.leaf) {
+    Result& r = regs[final_.reg];
+    if (r.kind == Result::Kind::Value || r.kind == Result::Kind::Slot) {
+      if (!checkTarget(script, *slot)) return;
+      slot->setData(r.kind == Result::Kind::Value ? std::move(r.value) : r.slot->data());
+      return;
+    }
   }
-  Result& r = regs[final_.reg];
-  if (r.kind == Result::Kind::Name) {
-    Result result = single(script, regs);
-    if (result.kind == Result::Kind::None || !checkTarget(script, *slot)) return;
-    Held v;
-    if (readResult(script, result, v)) slot->setData(v.value());
-    return;
-  }
-  if (!checkTarget(script, *slot)) return;
-  if (r.kind == Result::Kind::Value) {
-    slot->setData(std::move(r.value));
-  } else {
-    slot->setData(r.slot->data());
-  }
+  finish(script, regs, slot);
 }
 
 Result Expression::run(ScriptCore& script, Registers& regs) const {
@@ -867,19 +877,8 @@ Result Expression::run(ScriptCore& script, Registers& regs) const {
     return {};
   }
   ValueRef slot;
-  if (assigns_) {
-    slot = target(script, regs);
-    if (!slot) return {};
-  }
-  for (const auto& step : steps_) {
-    if (!step->run(script, regs, original_)) return {};
-  }
-  Result result = single(script, regs);
-  if (!assigns_ || result.kind == Result::Kind::None) return result;
-  if (!checkTarget(script, *slot)) return {};
-  Held v;
-  if (readResult(script, result, v)) slot->setData(v.value());
-  return result;
+  if (!runSteps(script, regs, slot)) return {};
+  return finish(script, regs, slot);
 }
 
 }  // namespace lx::compiled

@@ -72,6 +72,10 @@ class Expression {
   Result single(ScriptCore& script, Registers& regs) const;
   ValueRef target(ScriptCore& script, Registers& regs) const;
   bool checkTarget(ScriptCore& script, const LxValue& slot) const;
+  // The target and the steps; false when the evaluation ended on the way.
+  bool runSteps(ScriptCore& script, Registers& regs, ValueRef& slot) const;
+  // The answer, and the assignment of it when the line assigns.
+  Result finish(ScriptCore& script, Registers& regs, const ValueRef& slot) const;
 
   UString original_;
   bool inline_ = false;  // EXIT or CONTINUE
@@ -82,7 +86,6 @@ class Expression {
   mutable VariableCache rootTargetCache_;
   std::unique_ptr<Expression> targetExpression_;  // a target with brackets
   std::vector<std::unique_ptr<Step>> steps_;
-  bool fails_ = false;  // the steps end in a syntax error
   Operand final_;
   int32_t registers_ = 0;  // of the whole tree, on the outermost expression
 };

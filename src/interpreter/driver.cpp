@@ -27,6 +27,35 @@ bool endsWithContinuation(const UString& statement) {
 
 // ---- preparation
 
+LineKind classifyLine(const UString& line) {
+  if (line.empty()) return kEmpty;
+  UString upper = upperCase(line);
+  UString w1 = getTokenFrom(upper, u" ");
+  UString w2 = getTokenFrom(upper, u" ");
+  if (w1 == u"REM") return kRem;
+  if (w1 == u"FUNCTION" || w1 == u"SUB") return kFunc;
+  if (w1 == u"END" && (w2 == u"SUB" || w2 == u"FUNCTION")) return kEndFunc;
+  if (w1 == u"IF") return kIf;
+  if (w1 == u"ELSE") return kElse;
+  if ((w1 == u"END" && w2 == u"IF") || w2 == u"ENDIF") return kEndIf;
+  if (w1 == u"SELECT" && w2 == u"CASE") return kSelectCase;
+  if (w1 == u"CASE") return kCase;
+  if (w1 == u"END" && w2 == u"SELECT") return kEndSelect;
+  if (w1 == u"FOR") return kFor;
+  if (w1 == u"NEXT") return kNext;
+  if (w1 == u"WHILE") return kWhile;
+  if (w1 == u"WEND") return kWEnd;
+  if (w1 == u"DO") return kDo;
+  if (w1 == u"LOOP") return kLoop;
+  if (w1 == u"DIM") return kDim;
+  if (w1 == u"REDIM") return kReDim;
+  if (w1 == u"CONST") return kConst;
+  if (w1 == u"ECHO") return kEcho;
+  if (w1 == u"ON" && w2 == u"ERROR") return kOnError;
+  return kOther;
+}
+
+
 void ScriptCore::execute(const LxBasicStringList& source) {
   if (!sourceFits(source)) return;
   auto prepared = std::make_unique<LxBasicStringList>();
@@ -83,6 +112,11 @@ ScriptCore::PreparedLine::~PreparedLine() = default;
 ScriptCore::PreparedLine::PreparedLine(PreparedLine&&) noexcept = default;
 ScriptCore::PreparedLine& ScriptCore::PreparedLine::operator=(PreparedLine&&) noexcept = default;
 
+compiled::LineCode* ScriptCore::codeFor(PreparedLine& line) {
+  compiled::LineCode* code = line.code ? line.code.get() : compileLine(line);
+  return code->reference() ? nullptr : code;
+}
+
 compiled::LineCode* ScriptCore::compileLine(PreparedLine& line) {
   line.code = compiled::LineCode::compile(static_cast<LineKind>(line.kind), line.text);
   if (line.code->reference()) {
@@ -101,9 +135,11 @@ void ScriptCore::mainLoop() {
   const bool compiled = !evaluating_ && !_owner && !referenceEvaluator();
   uint64_t compiledLines = 0;
   uint64_t referenceLines = 0;
+  // Held while lines run: a watchdog that gave up on the run reads RESULT only once the run
+  // has stopped after its current line (Eval releases it around its own lines).
+  std::unique_lock lineLock(lineMutex_);
   for (_curline = 0; _curline >= 0 && static_cast<size_t>(_curline) < prepared_.size();
        ++_curline) {
-    std::unique_lock lineLock(lineMutex_);
     const auto index = static_cast<size_t>(_curline);
     // A reference: a handler that runs a nested evaluation swaps the prepared lines out and
     // back, which keeps their storage where it is.
@@ -112,7 +148,6 @@ void ScriptCore::mainLoop() {
     if (line.kind == kEmpty || line.kind == kRem) continue;
     if (lineHook_ && !callLineHook()) break;
     currentCode_ = compiled ? codeFor(line) : nullptr;
-    if (currentCode_ && currentCode_->reference()) currentCode_ = nullptr;
     ++(currentCode_ ? compiledLines : referenceLines);
     executeWithinLimits(line);
     if (!_tmps.empty()) clearTmpVars();
@@ -125,6 +160,7 @@ void ScriptCore::mainLoop() {
     if (stopRequested()) break;
   }
   currentCode_ = nullptr;
+  lineLock.unlock();
   ScriptCore* root = getRootOwner();
   std::lock_guard lock(root->statsMutex_);
   root->stats_.compiledLines += compiledLines;

@@ -272,8 +272,8 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   std::atomic<bool> stop_{false};
   mutable std::mutex stopMutex_;
   mutable std::condition_variable stopCv_;
-  // Held by the script thread while a line executes, so that a watchdog that gives up
-  // waiting can still read RESULT between lines without racing the script.
+  // Held by the script thread while its lines run, so that a watchdog that gives up waiting
+  // reads RESULT only once the stopped run has left its last line.
   mutable std::timed_mutex lineMutex_;
   std::exception_ptr lastException_;
   mutable std::mutex exceptionMutex_;
@@ -303,9 +303,8 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   // Eval's lines run once each: compiling them would only cost.
   bool evaluating_ = false;
   compiled::LineCode* compileLine(PreparedLine& line);
-  compiled::LineCode* codeFor(PreparedLine& line) {
-    return line.code ? line.code.get() : compileLine(line);
-  }
+  // The line's compiled form, or nullptr when it runs on the reference evaluator.
+  compiled::LineCode* codeFor(PreparedLine& line);
   void executeLine(PreparedLine& line);
   mutable std::mutex statsMutex_;
   ExecutionStats stats_;
