@@ -135,35 +135,48 @@ std::shared_ptr<const LxError> ScriptCore::errorSnapshot() const {
 }
 
 // A time limit for a run on the calling thread: a sleeping thread that requests the stop.
+namespace {
+
+// The watchdog's thread waits here. Started from a function of this file alone, so that the
+// thread's bookkeeping types stay inside the library instead of being exported with it.
+struct WatchState {
+  std::mutex mutex;
+  std::condition_variable cv;
+  bool done = false;
+};
+
+std::thread startWatch(WatchState& state, ScriptCore& script, std::chrono::milliseconds span,
+                       void (*timeOut)(ScriptCore&)) {
+  return std::thread([&state, &script, span, timeOut] {
+    std::unique_lock lock(state.mutex);
+    if (!state.cv.wait_for(lock, span, [&state] { return state.done; })) timeOut(script);
+  });
+}
+
+}  // namespace
+
 class ScriptCore::Watchdog {
  public:
   explicit Watchdog(ScriptCore& script) {
     const int64_t ms = script._owner ? -1 : script.timeLimitMs_.load();
     if (ms < 0) return;
-    const auto span = std::chrono::milliseconds(std::max<int64_t>(10, ms));
-    thread_ = std::thread([this, &script, span] {
-      std::unique_lock lock(mutex_);
-      if (!cv_.wait_for(lock, span, [this] { return done_; })) {
-        script.requestStop(LxError::make(kTimeout));
-      }
-    });
+    thread_ = startWatch(state_, script, std::chrono::milliseconds(std::max<int64_t>(10, ms)),
+                         [](ScriptCore& s) { s.requestStop(LxError::make(kTimeout)); });
   }
   ~Watchdog() {
     if (!thread_.joinable()) return;
     {
-      std::lock_guard lock(mutex_);
-      done_ = true;
+      std::lock_guard lock(state_.mutex);
+      state_.done = true;
     }
-    cv_.notify_all();
+    state_.cv.notify_all();
     thread_.join();
   }
   Watchdog(const Watchdog&) = delete;
   Watchdog& operator=(const Watchdog&) = delete;
 
  private:
-  std::mutex mutex_;
-  std::condition_variable cv_;
-  bool done_ = false;
+  WatchState state_;
   std::thread thread_;
 };
 
