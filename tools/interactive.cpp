@@ -99,6 +99,9 @@ class Session {
   explicit Session(const Options& options) {
     prepareScript(script_, options);
     script_.addVarWithName(kShownName, {});
+    // A Ctrl-C typed just before a line starts running would be lost to terminate(), which
+    // the run's start clears; the hook sees it at the run's first line.
+    script_.setLineHook([](int32_t, int32_t) { return !stopForPendingInterrupt(); });
   }
 
   // Runs a piece of script text; shows errors and a changed RESULT.
@@ -136,7 +139,6 @@ class Session {
       thrown = std::current_exception();
     }
     setInterruptTarget(nullptr);
-    takeInterrupt();
     if (thrown) {
       std::fprintf(stderr, "%s: exception: %s\n", kProgram, lx::describeException(thrown).c_str());
       return Outcome::Failed;
@@ -179,6 +181,7 @@ int runInteractive(const Options& options, const std::string& startText) {
   if (!startText.empty()) session.run(startText);
   std::string pending;  // an unfinished block
   while (auto line = readLine(pending.empty() ? "lx> " : "...> ", terminal)) {
+    takeInterrupt();  // a Ctrl-C counts for the line typed after it
     pending += *line;
     pending += '\n';
     auto findings = lx::checkScript(std::string_view(pending));

@@ -28,6 +28,12 @@ void writeMessage(const char* text) {
   (void)ignored;
 }
 
+// Called with targetMutex held.
+void announceStop() {
+  stopAsked = true;
+  writeMessage("\nlxbasic: interrupted, stopping the script after its current line\n");
+}
+
 void onInterrupt() {
   interrupted = true;
   std::lock_guard lock(targetMutex);
@@ -36,8 +42,7 @@ void onInterrupt() {
     writeMessage("\nlxbasic: interrupted again, leaving without waiting for the script\n");
     std::_Exit(kExitInterrupted);
   }
-  stopAsked = true;
-  writeMessage("\nlxbasic: interrupted, stopping the script after its current line\n");
+  announceStop();
   target->terminate();
 }
 
@@ -67,6 +72,13 @@ void setInterruptTarget(lx::LxBasicScript* script) {
 
 bool takeInterrupt() {
   return interrupted.exchange(false);
+}
+
+bool stopForPendingInterrupt() {
+  if (!interrupted.load()) return false;
+  std::lock_guard lock(targetMutex);
+  if (!stopAsked) announceStop();
+  return true;
 }
 
 }  // namespace runner

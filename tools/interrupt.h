@@ -20,4 +20,9 @@ void setInterruptTarget(lx::LxBasicScript* script);
 // Whether a Ctrl-C arrived since the last call; clears the mark.
 bool takeInterrupt();
 
+// For a line hook: true (after telling the user, once) when a Ctrl-C arrived since the mark
+// was last cleared. It stops a run even when the Ctrl-C came before the run began, which
+// terminate() cannot do.
+bool stopForPendingInterrupt();
+
 }  // namespace runner

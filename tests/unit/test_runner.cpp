@@ -137,7 +137,7 @@ TEST_F(RunnerTest, ErrorStartsWithFileAndLineBeforeTheEngineText) {
 
 TEST_F(RunnerTest, InterruptStopsTheScriptThroughTheEngineAndExits130) {
   fs::path script = writeFile("spin.bas", "DIM RESULT = 0\nWHILE 1\nRESULT = 7\nWEND\n");
-  std::string command = "timeout --preserve-status -k 10 -s INT 4 " +
+  std::string command = "timeout --foreground --preserve-status -k 10 -s INT 4 " +
                         quoted(runnerPath().string()) + " --console " + quoted(script.string()) +
                         " >" + quoted((dir_ / "out.txt").string()) + " 2>" +
                         quoted((dir_ / "err.txt").string());

@@ -10,6 +10,7 @@
 
 #include <chrono>
 #include <string>
+#include <thread>
 
 #include "support/runner_path.h"
 
@@ -103,7 +104,8 @@ TEST(RunnerInteractive, ASessionAtATerminal) {
       {"Twice(x)\r", "24\r\n"},  // procedures persist
       {"DIM RESULT = \"done\"\r", "RESULT = done"},
       {"Print(\"logged\")\r", "logged"},
-      {"\x10\r", "logged"},  // Ctrl-P recalls the line above
+      // Ctrl-P recalls the line above; the recalled line is drawn after a prompt of its own.
+      {"\x10\r", "logged", "logged\r\nlx> "},
   };
   for (const Step& s : steps) {
     std::string answer = t.type(s.keys, s.prompt);
@@ -112,10 +114,15 @@ TEST(RunnerInteractive, ASessionAtATerminal) {
   }
   // Ctrl-C stops an endless loop through the engine, and the session goes on.
   t.type("DIM n = 0 : WHILE 1 : n = n + 1 : WEND\r", "WEND\r\n");
+  // The echo comes before the line editor gives the terminal back; until then Ctrl-C is a
+  // character, not a signal.
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
   std::string stopped = t.type("\x03");
   EXPECT_TRUE(contains(stopped, "interrupted")) << stopped;
   EXPECT_TRUE(contains(t.type("x\r"), "12\r\n"));
-  std::string last = t.type("\x04", "\n");  // Ctrl-D on an empty line ends the session
+  // Ctrl-D on an empty line ends the session, once the line editor reads keys again.
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  std::string last = t.type("\x04", "\n");
   EXPECT_EQ(t.waitForExit(), 0) << last;
 }
 
