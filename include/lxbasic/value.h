@@ -23,7 +23,8 @@ class LX_API LxValue final : public Object {
   const Variant& data() const noexcept { return data_; }
   ValueKind type() const noexcept { return type_; }
   // The kind follows the value. Safe when handed the slot's own value.
-  void setData(Variant v) noexcept {
+  void setData(const Variant& v) { setData(Variant(v)); }
+  void setData(Variant&& v) noexcept {
     type_ = v.kind();
     data_ = std::move(v);
   }

@@ -76,7 +76,11 @@ class LX_API Number {
 
   Type type() const noexcept { return type_; }
   bool isDouble() const noexcept { return type_ == Type::Double; }
-  double toDouble() const noexcept;
+  double toDouble() const noexcept {
+    if (type_ == Type::Double) return d_;
+    if (type_ == Type::UInt64) return static_cast<double>(static_cast<uint64_t>(i_));
+    return static_cast<double>(i_);
+  }
   // 64-bit value: a double is truncated toward zero (out of range and NaN give INT64_MIN);
   // an unsigned value above INT64_MAX keeps its bit pattern (wraps to a negative number).
   int64_t toInt64() const noexcept;

@@ -216,6 +216,8 @@ class ApplyStep final : public Step {
       notFound(script, line, leftText_, regs);
       return false;
     }
+    // A method read as the right operand may change the table the left one is in.
+    if (right_.leaf && right_.leaf->mayRunCode(script)) left.keep();
     if (!readOperand(script, right_, regs, right)) {
       if (!script.hasError()) notFound(script, line, rightText_, regs);
       return false;
@@ -254,8 +256,7 @@ struct Item {
 // A name before a bracket: a method of an object, a procedure, an array element or a function.
 class CallStep final : public Step {
  public:
-  CallStep(int32_t reg, UString name, std::unique_ptr<Expression> receiver,
-           std::vector<Item> items)
+  CallStep(int32_t reg, UString name, std::unique_ptr<Expression> receiver, std::vector<Item> items)
       : Step(reg),
         name_(std::move(name)),
         key_(upperCase(name_)),
@@ -339,8 +340,8 @@ class CallStep final : public Step {
     varsEpoch_ = script.varsEpoch();
   }
 
-  bool call(ScriptCore& script, bool onReceiver, const ObjectRef& receiver,
-            const Arguments& args, Result& r, const UString& line) const {
+  bool call(ScriptCore& script, bool onReceiver, const ObjectRef& receiver, const Arguments& args,
+            Result& r, const UString& line) const {
     if (forbidden_) {
       fail(script, kForbiddenCall, line);
       return false;
@@ -424,6 +425,7 @@ class Comparison {
       Held l;
       Held r;
       if (!side(script, regs, line, *left, leftText, l)) return false;
+      l.keep();  // the right side may run anything
       if (!side(script, regs, line, *right, rightText, r)) return false;
       const int32_t c = compareValues(l.value(), r.value());
       switch (op) {
@@ -452,8 +454,8 @@ class Comparison {
   }
 
  private:
-  static bool side(ScriptCore& script, Registers& regs, const UString& line,
-                   const Expression& e, const UString& text, Held& out) {
+  static bool side(ScriptCore& script, Registers& regs, const UString& line, const Expression& e,
+                   const UString& text, Held& out) {
     if (present(script, e.run(script, regs), out)) return true;
     if (!script.hasError()) notFound(script, line, text, regs);
     return false;
@@ -461,8 +463,8 @@ class Comparison {
 };
 
 struct ConditionPart {
-  Comparison operand;      // even parts
-  bool validOp = false;    // odd parts: AND or OR
+  Comparison operand;    // even parts
+  bool validOp = false;  // odd parts: AND or OR
   bool isAnd = false;
 };
 
@@ -540,8 +542,7 @@ bool Compiler::operand(UStringView text, Operand& out) {
   return true;
 }
 
-std::unique_ptr<Expression> Compiler::expression(UStringView text, bool comparition,
-                                                 bool nested) {
+std::unique_ptr<Expression> Compiler::expression(UStringView text, bool comparition, bool nested) {
   std::unique_ptr<Expression> e(new Expression());
   e->original_ = UString(text);
   UString line(text);

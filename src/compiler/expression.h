@@ -28,8 +28,8 @@ namespace lx::compiled {
 struct Result {
   enum class Kind : uint8_t { None, Value, Slot, Name };
   Kind kind = Kind::None;
-  Variant value;              // Value: a temporary holding this value
-  ValueRef slot;              // Slot: a temporary that is an array element, read when used
+  Variant value;               // Value: a temporary holding this value
+  ValueRef slot;               // Slot: a temporary that is an array element, read when used
   const Leaf* name = nullptr;  // Name: a variable's name put back into the text
 };
 

@@ -38,17 +38,20 @@ Leaf::Leaf(UStringView text) : text_(trim(text)), upper_(upperCase(text_)) {
       UString inner = text_.size() >= 2 ? text_.substr(1, text_.size() - 2) : UString();
       literal_ = Variant(replace(u"\"\"", u"\"", inner, 2));
       hasLiteral_ = true;
+      literalOnly_ = !mayBeVariable_;
       return;
     }
     if (text_.size() >= 3 && text_[0] == u'&') {
       if (text_[1] == u'H' || text_[1] == u'h') {
         literal_ = radixLiteral(UStringView(text_).substr(2), 16);
         hasLiteral_ = true;
+        literalOnly_ = !mayBeVariable_;
         return;
       }
       if (text_[1] == u'O' || text_[1] == u'o') {
         literal_ = radixLiteral(UStringView(text_).substr(2), 8);
         hasLiteral_ = true;
+        literalOnly_ = !mayBeVariable_;
         return;
       }
     }
@@ -88,10 +91,6 @@ bool Leaf::callMethod(ScriptCore& script, Held& out, bool& found) const {
   }
   out.own(std::move(r.value));
   return true;
-}
-
-uint64_t Leaf::epochOf(const ScriptCore& script) noexcept {
-  return script.varsEpoch();
 }
 
 bool Leaf::readSlow(ScriptCore& script, Held& out) const {

@@ -7,13 +7,10 @@
 #include <cstdint>
 #include <optional>
 
+#include "interpreter/script_core.h"
 #include "lxbasic/bridge.h"
 #include "lxbasic/value.h"
 #include "lxbasic/variant.h"
-
-namespace lx {
-class ScriptCore;
-}
 
 namespace lx::compiled {
 
@@ -25,9 +22,14 @@ class Held {
   Held(const Held&) = delete;
   Held& operator=(const Held&) = delete;
   const Variant& value() const noexcept { return *value_; }
-  void slot(const ValueRef& s) {
-    hold_ = s;
+  // A slot that its table keeps alive for now: borrowed until keep() is called.
+  void slot(const ValueRef& s) noexcept {
+    source_ = &s;
     value_ = &s->data();
+  }
+  // Holds a borrowed slot, for when code may run (and change the table) before it is read.
+  void keep() {
+    if (source_ && !hold_) hold_ = *source_;
   }
   void point(const Variant& v) noexcept { value_ = &v; }
   void own(Variant v) {
@@ -37,6 +39,7 @@ class Held {
 
  private:
   const Variant* value_ = nullptr;
+  const ValueRef* source_ = nullptr;
   ValueRef hold_;
   std::optional<Variant> own_;  // rarely used: an optional costs nothing to destroy empty
 };
@@ -57,12 +60,29 @@ class Leaf {
   // zero-argument method's answer, a number. False when the text is none of these; an error
   // may then be set (a lone quote, a failed method call).
   bool read(ScriptCore& script, Held& out) const {
-    // The common case first: a variable found at the last look, in an unchanged table.
-    if (mayBeVariable_ && variable_.slot && variable_.epoch == epochOf(script)) {
-      out.slot(variable_.slot);
+    // The common cases first, as long as the tables they were found in are unchanged: a
+    // literal, a variable, a number that names neither a variable nor a method.
+    if (literalOnly_) {
+      out.point(literal_);
       return true;
     }
+    if (!mayBeVariable_ || variable_.epoch == script.varsEpoch()) {
+      if (variable_.slot) {
+        out.slot(variable_.slot);
+        return true;
+      }
+      if (numberOnly(script)) {
+        out.point(literal_);
+        return true;
+      }
+    }
     return readSlow(script, out);
+  }
+  // False when reading the operand now surely runs no code (no method call).
+  bool mayRunCode(const ScriptCore& script) const {
+    if (literalOnly_) return false;
+    if (mayBeVariable_ && variable_.epoch != script.varsEpoch()) return true;
+    return !variable_.slot && !numberOnly(script);
   }
   // The variable the text names right now; nullptr for an empty text or no variable.
   const ValueRef& variable(ScriptCore& script) const;
@@ -72,7 +92,9 @@ class Leaf {
  private:
   bool readSlow(ScriptCore& script, Held& out) const;
   bool callMethod(ScriptCore& script, Held& out, bool& found) const;
-  static uint64_t epochOf(const ScriptCore& script) noexcept;
+  bool numberOnly(const ScriptCore& script) const {
+    return hasNumber_ && !method_ && methodEpoch_ == script.objsEpoch();
+  }
 
   UString text_;   // trimmed
   UString upper_;  // the variable table's key
@@ -80,7 +102,8 @@ class Leaf {
   bool badQuote_ = false;
   bool hasLiteral_ = false;  // a string or radix literal: decided before methods
   bool mayBeMethod_ = false;
-  bool hasNumber_ = false;  // a number: decided after methods
+  bool hasNumber_ = false;    // a number: decided after methods
+  bool literalOnly_ = false;  // a string or radix literal, which no name can hide
   Variant literal_;
   mutable VariableCache variable_;
   mutable uint64_t methodEpoch_ = 0;

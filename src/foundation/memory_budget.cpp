@@ -8,7 +8,8 @@ namespace lx {
 namespace {
 
 RunLimits& current() noexcept {
-  thread_local RunLimits run;
+  // Initial-exec: read on every operator, it must not go through the dynamic TLS lookup.
+  thread_local RunLimits run __attribute__((tls_model("initial-exec")));
   return run;
 }
 

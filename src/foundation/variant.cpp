@@ -33,11 +33,6 @@ std::string Object::className() const {
   return cls ? cls->name() : "Object";
 }
 
-double Number::toDouble() const noexcept {
-  if (type_ == Type::UInt64) return static_cast<double>(static_cast<uint64_t>(i_));
-  return type_ == Type::Double ? d_ : static_cast<double>(i_);
-}
-
 namespace {
 
 // 2^63 as a double: the first value outside int64_t, and the first above INT64_MAX.

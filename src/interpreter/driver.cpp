@@ -3,8 +3,8 @@
 #include <chrono>
 #include <thread>
 
-#include "foundation/scanning.h"
 #include "compiler/line_code.h"
+#include "foundation/scanning.h"
 #include "interpreter/line_kind.h"
 #include "interpreter/loops.h"
 #include "interpreter/procedures.h"
@@ -54,7 +54,6 @@ LineKind classifyLine(const UString& line) {
   if (w1 == u"ON" && w2 == u"ERROR") return kOnError;
   return kOther;
 }
-
 
 void ScriptCore::execute(const LxBasicStringList& source) {
   if (!sourceFits(source)) return;
@@ -245,8 +244,8 @@ bool ScriptCore::evaluateText(const UString& text, TextMode mode, Variant& out) 
       return e->evaluate(*this, out);
     }
   }
-  const UString name = mode == TextMode::Condition ? parseLine(bracketed(text), true)
-                                                   : parseLine(text, false);
+  const UString name =
+      mode == TextMode::Condition ? parseLine(bracketed(text), true) : parseLine(text, false);
   if (name.empty()) return false;
   ValueRef v = getValue(name);
   if (!v) return false;
@@ -359,9 +358,8 @@ void ScriptCore::evalLines(const LxBasicStringList& lines) {
       s.currentCode_ = code;
       s.evaluating_ = evaluating;
     }
-  } saved{*this,         std::move(_optimized),     std::move(prepared_),
-          std::move(_tmps), _curline,               currentScriptLine_.load(),
-          currentCode_,  evaluating_};
+  } saved{*this,    std::move(_optimized),     std::move(prepared_), std::move(_tmps),
+          _curline, currentScriptLine_.load(), currentCode_,         evaluating_};
   evaluating_ = true;
   setError(nullptr);
   // The evaluated line takes the lock of its own lines; release the enclosing line's.

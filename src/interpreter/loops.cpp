@@ -4,12 +4,11 @@
 // the closing statements then do the rest.
 #include "interpreter/loops.h"
 
-#include "interpreter/line_kind.h"
-#include "interpreter/rewriting.h"
-
 #include <optional>
 
 #include "foundation/scanning.h"
+#include "interpreter/line_kind.h"
+#include "interpreter/rewriting.h"
 #include "interpreter/script_core.h"
 #include "lxbasic/text.h"
 
@@ -90,13 +89,15 @@ LoopJump readLoopJump(const UString& line) {
 
 }  // namespace
 
-LxValue* LxBasicFor::slotIn(const ScriptCore& script) const {
-  if (epoch_ != script.varsEpoch()) {
-    // The record keeps the name upper-cased: the table's key as it is.
-    auto it = script._vars.find(var_);
-    slot_ = it == script._vars.end() ? nullptr : it->second.get();
-    epoch_ = script.varsEpoch();
-  }
+uint64_t LxBasicFor::epochOf(const ScriptCore& script) noexcept {
+  return script.varsEpoch();
+}
+
+LxValue* LxBasicFor::lookUp(const ScriptCore& script) const {
+  // The record keeps the name upper-cased: the table's key as it is.
+  auto it = script._vars.find(var_);
+  slot_ = it == script._vars.end() ? nullptr : it->second.get();
+  epoch_ = script.varsEpoch();
   return slot_;
 }
 

@@ -60,9 +60,13 @@ class LxBasicFor final : public LxLoopProtocol {
   void setStep(int32_t s) noexcept { step_ = s; }
   // The variable's slot in the script's table (nullptr when there is none), remembered while
   // the table's names stay as they are: NEXT and every assignment in the body ask for it.
-  LxValue* slotIn(const ScriptCore& script) const;
+  LxValue* slotIn(const ScriptCore& script) const {
+    return epoch_ == epochOf(script) ? slot_ : lookUp(script);
+  }
 
  private:
+  static uint64_t epochOf(const ScriptCore& script) noexcept;
+  LxValue* lookUp(const ScriptCore& script) const;
   mutable uint64_t epoch_ = 0;
   mutable LxValue* slot_ = nullptr;
   UString var_;  // upper case
@@ -124,7 +128,5 @@ class LxBasicDoLoop final : public LxConditionLoop {
 UString slice(UStringView s, int32_t start, int32_t count);
 // "(" + text + ")".
 UString bracketed(UStringView text);
-
-
 
 }  // namespace lx
