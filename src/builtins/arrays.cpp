@@ -64,7 +64,7 @@ Variant IsArray(LxBasicFunc& /*lib*/, const Variant& x) {
 
 // The value an element contributes to a new array: a slot's data, or a nested list itself.
 Variant elementValue(const Variant& element) {
-  if (auto slot = element.objectAs<LxValue>()) return slot->data();
+  if (const LxValue* slot = slotOf(element)) return slot->data();
   return element;
 }
 

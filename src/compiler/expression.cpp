@@ -2,6 +2,7 @@
 
 #include <array>
 #include <memory>
+#include <new>
 
 #include "foundation/memory_budget.h"
 #include "foundation/scanning.h"
@@ -112,27 +113,37 @@ Variant argument(const Variant& v) {
   return v.isEmpty() ? Variant(nullObject()) : v;
 }
 
-// Call arguments; few enough to live on the stack in nearly every call.
+// Call arguments; few enough to live on the stack in nearly every call, and only those made
+// are constructed.
 class Arguments {
  public:
+  Arguments() = default;
+  ~Arguments() { std::destroy_n(inlineData(), inlineCount_); }
+  Arguments(const Arguments&) = delete;
+  Arguments& operator=(const Arguments&) = delete;
+
   void push(Variant v) {
-    if (size_ < inline_.size()) {
-      inline_[size_] = std::move(v);
-    } else {
-      if (heap_.empty()) heap_.assign(inline_.begin(), inline_.end());
-      heap_.push_back(std::move(v));
+    if (heap_.empty() && inlineCount_ < kInline) {
+      std::construct_at(inlineData() + inlineCount_, std::move(v));
+      ++inlineCount_;
+      return;
     }
-    ++size_;
+    if (heap_.empty()) heap_.assign(inlineData(), inlineData() + inlineCount_);
+    heap_.push_back(std::move(v));
   }
   std::span<const Variant> span() const {
-    return heap_.empty() ? std::span<const Variant>(inline_.data(), size_)
+    return heap_.empty() ? std::span<const Variant>(inlineData(), inlineCount_)
                          : std::span<const Variant>(heap_);
   }
 
  private:
-  std::array<Variant, 4> inline_;
+  static constexpr size_t kInline = 4;
+  Variant* inlineData() const {
+    return std::launder(reinterpret_cast<Variant*>(const_cast<unsigned char*>(storage_)));
+  }
+  alignas(Variant) unsigned char storage_[kInline * sizeof(Variant)];
+  size_t inlineCount_ = 0;
   std::vector<Variant> heap_;
-  size_t size_ = 0;
 };
 
 }  // namespace

@@ -65,14 +65,14 @@ namespace {
 // The list an element leads to: a nested list itself or the list in an element's slot.
 Array* listBehind(const Variant& element) {
   if (element.isArray()) return element.array().get();
-  if (auto slot = element.objectAs<LxValue>()) {
+  if (const LxValue* slot = slotOf(element)) {
     if (slot->data().isArray()) return slot->data().array().get();
   }
   return nullptr;
 }
 
 void cut(Variant& element) {
-  if (auto slot = element.objectAs<LxValue>()) {
+  if (LxValue* slot = slotOf(element)) {
     slot->setData(Variant());
   } else {
     element = Variant();

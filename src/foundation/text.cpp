@@ -441,7 +441,7 @@ bool valuesEqual(const Variant& a, const Variant& b) {
     case ValueKind::Array:
       return b.isArray() && arraysEqual(*a.array(), *b.array());
     case ValueKind::Object:
-      if (auto slot = a.objectAs<LxValue>()) return slot->isEqual(b);
+      if (const LxValue* slot = slotOf(a)) return slot->isEqual(b);
       return b.isObject() && a.object() == b.object();
   }
   return false;

@@ -7,7 +7,7 @@ namespace lx {
 
 bool LxValue::isEqual(const Variant& other) const {
   if (type_ == ValueKind::Empty) return false;
-  if (auto slot = other.objectAs<LxValue>()) return valuesEqual(data_, slot->data());
+  if (const LxValue* slot = slotOf(other)) return valuesEqual(data_, slot->data());
   return valuesEqual(data_, other);
 }
 

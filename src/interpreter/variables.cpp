@@ -16,7 +16,7 @@ ValueRef ScriptCore::addVarWithName(UStringView name, const Variant& value, bool
   varsChanged();
   auto made = LxValue::make(Variant(), constant);
   UString key = upperCase(name);
-  if (auto slot = value.objectAs<LxValue>()) {
+  if (ValueRef slot = slotRefOf(value)) {
     if (slot->constant() == constant) {
       _vars.insert_or_assign(std::move(key), std::move(slot));  // shared, not copied
       return made;
@@ -68,7 +68,7 @@ ValueRef getElement(std::span<const Variant> indices, const LxValue* slot) {
     if (i < 0 || static_cast<size_t>(i) >= items.size()) return nullptr;
     current = &items[static_cast<size_t>(i)];
   }
-  return current->objectAs<LxValue>();
+  return slotRefOf(*current);
 }
 
 void dimArray(Array& list, int32_t count, bool leaf) {

@@ -98,7 +98,7 @@ std::filesystem::path artifacts() {
 
 std::string findWindow(const std::string& title) {
   std::string out;
-  shell("timeout 10 xdotool search --sync --onlyvisible --name '^" + title + "$' 2>/dev/null",
+  shell("timeout 30 xdotool search --sync --onlyvisible --name '^" + title + "$' 2>/dev/null",
         &out);
   std::string id = out.substr(0, out.find('\n'));
   if (!id.empty()) ::usleep(300 * 1000);  // let the first expose be drawn
