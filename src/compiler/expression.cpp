@@ -298,7 +298,8 @@ class CallStep final : public Step {
     Arguments args;
     for (const Item& item : items_) {
       Held v;
-      if (!present(script, item.expression->run(script, regs), v)) {
+      const Leaf* leaf = item.expression->soleLeaf();
+      if (leaf ? !leaf->read(script, v) : !present(script, item.expression->run(script, regs), v)) {
         if (!script.hasError()) notFound(script, line, item.text, regs);
         return bracketFailed(script, line);
       }

@@ -60,6 +60,10 @@ class Expression {
   ValueRef evaluateSlot(ScriptCore& script) const;
   // parseLine's effect alone; the answer is dropped.
   void execute(ScriptCore& script) const;
+  // The operand when the text is nothing but one operand: reading it is the whole run.
+  const Leaf* soleLeaf() const noexcept {
+    return !inline_ && !assigns_ && steps_.empty() ? final_.leaf.get() : nullptr;
+  }
   // One run inside the register file of the outermost expression (brackets and arguments
   // are expressions of their own that share it).
   Result run(ScriptCore& script, Registers& regs) const;

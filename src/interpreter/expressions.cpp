@@ -42,6 +42,23 @@ UString textOf(const Variant& v) {
   return v.isEmpty() ? UString() : toText(v);
 }
 
+// The two texts joined, as "&" joins them; a string side is appended without a copy of its own.
+Variant joined(const Variant& a, const Variant& b) {
+  UString out;
+  auto append = [&out](const Variant& v) {
+    if (v.isString()) {
+      out += v.stringUnchecked();
+    } else if (!v.isEmpty()) {
+      out += toText(v);
+    }
+  };
+  if (a.isString())
+    out.reserve(a.stringUnchecked().size() + (b.isString() ? b.stringUnchecked().size() : 24));
+  append(a);
+  append(b);
+  return Variant(std::move(out));
+}
+
 int32_t order(double l, double r) {
   return l > r ? 1 : r > l ? -1 : 0;
 }
@@ -129,9 +146,9 @@ Variant ScriptCore::operate(char16_t op, const Variant& a, const Variant& b) {
     case u'^':
       return numericResult(a, std::pow(numberOf(a), numberOf(b)));
     case u'&':
-      return Variant(textOf(a) + textOf(b));
+      return joined(a, b);
     case u'+':
-      if (textual) return Variant(textOf(a) + textOf(b));
+      if (textual) return joined(a, b);
       if (ka == ValueKind::Array && kb == ValueKind::Array) {
         std::vector<Variant> items = a.array()->items;
         const auto& more = b.array()->items;
