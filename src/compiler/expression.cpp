@@ -154,7 +154,7 @@ bool readResult(ScriptCore& script, const Result& r, Held& out) {
       out.point(r.value);
       return true;
     case Result::Kind::Slot:
-      out.slot(r.slot);
+      out.point(r.slot().data());  // the register keeps the slot alive
       return true;
     case Result::Kind::Name:
       return r.name->read(script, out);
@@ -233,9 +233,16 @@ class ApplyStep final : public Step {
       if (!script.hasError()) notFound(script, line, rightText_, regs);
       return false;
     }
+    // Each register is written once, while still empty: build the value in place.
     Result& r = regs[reg_];
     r.kind = Result::Kind::Value;
-    r.value = script.operate(op_, left.value(), right.value());
+    std::destroy_at(&r.value);
+    try {
+      std::construct_at(&r.value, script.operate(op_, left.value(), right.value()));
+    } catch (...) {
+      std::construct_at(&r.value);  // the register is destroyed with the others
+      throw;
+    }
     return true;
   }
 
@@ -315,7 +322,7 @@ class CallStep final : public Step {
           return false;
         }
         r.kind = Result::Kind::Slot;
-        r.slot = std::move(element);
+        r.value = Variant(ObjectRef(std::move(element)));
         return true;
       }
       case Kind::Procedure: {
@@ -778,7 +785,7 @@ ValueRef Expression::target(ScriptCore& script, Registers& regs) const {
     if (r.kind == Result::Kind::None && script.hasError()) return nullptr;
     // The evaluator looks up the name its bracket answered: a temporary that is the element's
     // slot or holds the value, or a variable's name.
-    if (r.kind == Result::Kind::Slot) return r.slot;
+    if (r.kind == Result::Kind::Slot) return r.slotRef();
     if (r.kind == Result::Kind::Value) return LxValue::make(std::move(r.value));
     static const UString kNone;
     key = r.kind == Result::Kind::Name ? &r.name->key() : &kNone;
@@ -804,7 +811,7 @@ Result Expression::single(ScriptCore& script, Registers& regs) const {
     leaf = r.name;
   }
   // A line that is just a variable's name answers that name; anything else is read now.
-  if (leaf->variable(script)) return Result{Result::Kind::Name, {}, nullptr, leaf};
+  if (leaf->variable(script)) return Result{Result::Kind::Name, {}, leaf};
   Held held;
   if (!leaf->read(script, held)) {
     if (!script.hasError()) {
@@ -812,7 +819,7 @@ Result Expression::single(ScriptCore& script, Registers& regs) const {
     }
     return {};
   }
-  return Result{Result::Kind::Value, held.value(), nullptr, nullptr};
+  return Result{Result::Kind::Value, held.value(), nullptr};
 }
 
 ValueRef Expression::evaluateSlot(ScriptCore& script) const {
@@ -820,7 +827,7 @@ ValueRef Expression::evaluateSlot(ScriptCore& script) const {
   Result r = run(script, regs);
   switch (r.kind) {
     case Result::Kind::Slot:
-      return std::move(r.slot);
+      return r.slotRef();
     case Result::Kind::Value:
       return LxValue::make(std::move(r.value));
     case Result::Kind::Name:
@@ -877,7 +884,7 @@ void Expression::runStatement(ScriptCore& script, Registers& regs) const {
     Result& r = regs[final_.reg];
     if (r.kind == Result::Kind::Value || r.kind == Result::Kind::Slot) {
       if (!checkTarget(script, *slot)) return;
-      slot->setData(r.kind == Result::Kind::Value ? std::move(r.value) : r.slot->data());
+      slot->setData(r.kind == Result::Kind::Value ? std::move(r.value) : r.slot().data());
       return;
     }
   }

@@ -28,9 +28,13 @@ namespace lx::compiled {
 struct Result {
   enum class Kind : uint8_t { None, Value, Slot, Name };
   Kind kind = Kind::None;
-  Variant value;               // Value: a temporary holding this value
-  ValueRef slot;               // Slot: a temporary that is an array element, read when used
+  // Value: a temporary holding this value. Slot: a temporary that is an array element, read
+  // when used; the value then holds the element's slot.
+  Variant value;
   const Leaf* name = nullptr;  // Name: a variable's name put back into the text
+
+  LxValue& slot() const noexcept { return *slotOf(value); }
+  ValueRef slotRef() const { return slotRefOf(value); }
 };
 
 class Registers;

@@ -175,6 +175,14 @@ void ScriptCore::executeLine(PreparedLine& line) {
   const UString& text = line.text;
   const auto kind = static_cast<LineKind>(line.kind);
   compiled::LineCode* code = currentCode_;
+  // The commonest line first, through the same gates as below: an ordinary statement.
+  if (kind == kOther) {
+    if (_newsub) return appendToOpenProcedure(text);
+    if (!ifValue() || !validLoop()) return;
+    if (code) return code->statement()->execute(*this);
+    parseLine(text);
+    return;
+  }
   switch (kind) {
     case kFunc:
       return parseFunc(text);

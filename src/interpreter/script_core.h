@@ -22,12 +22,12 @@
 #include <vector>
 
 #include "foundation/memory_budget.h"
+#include "interpreter/epoch.h"
+#include "interpreter/line_kind.h"
 #include "lxbasic/bridge.h"
 #include "lxbasic/error.h"
 #include "lxbasic/string_list.h"
 #include "lxbasic/value.h"
-#include "interpreter/epoch.h"
-#include "interpreter/line_kind.h"
 #include "lxbasic/variant.h"
 
 namespace lx {
@@ -193,7 +193,7 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   bool parseInlineOps(const UString& line);
 
   // ---- conditionals and loops (conditionals.cpp, loops.cpp)
-  bool ifValue() const { return ifValue(0); }
+  bool ifValue() const noexcept { return _ifs.empty() || _ifs.back() != 0; }
   bool ifValue(int32_t depth) const;
   bool validLoop() const;
   LxLoopProtocol* getLoop() const;
