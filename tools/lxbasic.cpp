@@ -28,6 +28,18 @@ std::string shownNameOf(const std::string& file) {
   return file == "-" ? "standard input" : file;
 }
 
+// --stats: what ran compiled, what on the reference evaluator, and why.
+void reportStats(const lx::LxBasicScript& script, const std::string& file) {
+  const auto stats = script.executionStats();
+  std::fprintf(stderr, "%s: %llu lines ran compiled, %llu on the reference evaluator\n", kProgram,
+               static_cast<unsigned long long>(stats.compiledLines),
+               static_cast<unsigned long long>(stats.referenceLines));
+  for (const auto& [line, reason] : stats.fallbacks) {
+    std::fprintf(stderr, "%s:%d: on the reference evaluator: %s\n", file.c_str(), line,
+                 reason.c_str());
+  }
+}
+
 int reportInterrupted() {
   std::fprintf(stderr, "%s: the script was stopped by Ctrl-C (SIGINT)\n", kProgram);
   return kExitInterrupted;
@@ -54,6 +66,7 @@ int runFile(const std::string& text, const Options& options) {
   }
   std::fflush(stdout);
   int status = reportFailure(script, options.file);
+  if (options.stats) reportStats(script, options.file);
   if (takeInterrupt()) status = reportInterrupted();
   if (script.running()) {
     // A timed-out script may still be finishing its current line on its thread; leaving

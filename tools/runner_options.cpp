@@ -36,6 +36,8 @@ void printHelp() {
       "                     stamp and process id\n"
       "  --reference        run every line through the reference evaluator, which\n"
       "                     re-reads its text each time (slower; for checking results)\n"
+      "  --stats            after the run, write to standard error how many lines ran\n"
+      "                     compiled and how many on the reference evaluator, and why\n"
       "  --check            do not run FILE; report blocks left open or closed twice and\n"
       "                     brackets or quotes that do not pair up, as FILE:LINE: message\n"
       "  -i, --interactive  read statements from the terminal and run each at once, after\n"
@@ -117,6 +119,8 @@ Options parseArguments(std::span<char* const> args, bool interactiveTerminal) {
       setDialogMode(options, DialogMode::Console, arg);
     } else if (arg == "--reference") {
       options.reference = true;
+    } else if (arg == "--stats") {
+      options.stats = true;
     } else if (arg == "--plain-log") {
       options.plainLog = true;
     } else if (arg == "--check") {

@@ -27,6 +27,7 @@ struct Options {
   Action action = Action::Run;
   std::optional<int32_t> timeout;
   bool reference = false;
+  bool stats = false;
   bool plainLog = false;
   DialogMode dialogs = DialogMode::Automatic;
   std::string file;                      // "-" is standard input; empty in interactive mode

@@ -78,6 +78,14 @@ class LX_API LxBasicScript {
   // time, instead of its compiled form. Results are the same; it is slower. For checking.
   void setReferenceEvaluator(bool on);
   bool referenceEvaluator() const;
+  // Lines run so far (procedures and Eval included) through their compiled form and on the
+  // reference evaluator, and why lines fell back to it (the first hundred, by script line).
+  struct ExecutionStats {
+    uint64_t compiledLines = 0;
+    uint64_t referenceLines = 0;
+    std::vector<std::pair<int32_t, std::string>> fallbacks;
+  };
+  ExecutionStats executionStats() const;
 
   // Asks a run to stop after its current line (error -1 "Correct exit"); any thread may call it.
   void terminate();

@@ -241,6 +241,9 @@ void LxBasicScript::setReferenceEvaluator(bool on) {
 bool LxBasicScript::referenceEvaluator() const {
   return core_->referenceEvaluator();
 }
+LxBasicScript::ExecutionStats LxBasicScript::executionStats() const {
+  return core_->executionStats();
+}
 void LxBasicScript::setTimeout(int32_t seconds) {
   core_->setTimeout(seconds);
 }

@@ -26,6 +26,7 @@
 #include "interpreter/line_kind.h"
 #include "lxbasic/bridge.h"
 #include "lxbasic/error.h"
+#include "lxbasic/script.h"
 #include "lxbasic/string_list.h"
 #include "lxbasic/value.h"
 #include "lxbasic/variant.h"
@@ -144,11 +145,7 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
 
   // How many lines ran through their compiled form and how many on the reference evaluator,
   // counted on the root script for its procedures and Eval too; and why lines fell back.
-  struct ExecutionStats {
-    uint64_t compiledLines = 0;
-    uint64_t referenceLines = 0;
-    std::vector<std::pair<int32_t, std::string>> fallbacks;  // script line (1-based), reason
-  };
+  using ExecutionStats = LxBasicScript::ExecutionStats;
   ExecutionStats executionStats() const;
 
   // ---- statement handlers (driver.cpp and the statement sources)

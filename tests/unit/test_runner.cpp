@@ -152,6 +152,19 @@ TEST_F(RunnerTest, InterruptStopsTheScriptThroughTheEngineAndExits130) {
   EXPECT_NE(slurp(dir_ / "err.txt").find("stopped by Ctrl-C"), std::string::npos);
 }
 
+TEST_F(RunnerTest, StatsTellWhichLinesRanCompiled) {
+  fs::path script = writeFile("counted.bas", "DIM i\nFOR i = 1 TO 3\nNEXT\n");
+  Outcome fast = run({"--stats", script.string()});
+  EXPECT_EQ(fast.status, 0);
+  EXPECT_NE(fast.err.find("4 lines ran compiled, 1 on the reference evaluator"), std::string::npos)
+      << fast.err;
+  EXPECT_NE(fast.err.find(script.string() + ":1: on the reference evaluator"), std::string::npos)
+      << fast.err;
+  Outcome slow = run({"--stats", "--reference", script.string()});
+  EXPECT_NE(slow.err.find("0 lines ran compiled, 5 on the reference evaluator"), std::string::npos)
+      << slow.err;
+}
+
 TEST_F(RunnerTest, CheckReportsWithoutRunning) {
   fs::path bad = writeFile("shape.bas", "Print(\"ran\")\nFOR i = 1 TO 2\nDIM a = (1\nWEND\n");
   Outcome o = run({"--check", bad.string()});
