@@ -15,6 +15,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <memory>
@@ -103,7 +104,9 @@ class App {
 
   void start() {
     if (worker_.joinable()) return;
-    script_.setScript(std::string_view(source_.text()));
+    // The buffer hands out a copy of its text that the caller frees.
+    std::unique_ptr<char, decltype(&std::free)> text(source_.text(), &std::free);
+    script_.setScript(std::string_view(text.get()));
     runButton_->deactivate();
     stopButton_->activate();
     progress_->value(0);

@@ -99,10 +99,15 @@ void notFound(ScriptCore& script, const UString& line, UStringView text, Registe
 }
 
 // parseLine answered a name, and getValue of it gives this.
-// The answer is a temporary that dies with this call: a value is kept in the Held itself.
+// The answer is a temporary that dies with this call: a value, or a slot that may have no
+// other owner, is kept in the Held itself.
 bool present(ScriptCore& script, Result&& r, Held& out) {
   if (r.kind == Result::Kind::Value) {
     out.own(std::move(r.value));
+    return true;
+  }
+  if (r.kind == Result::Kind::Slot) {
+    out.hold(r.slotRef());
     return true;
   }
   return r.kind != Result::Kind::None && readResult(script, r, out);

@@ -27,6 +27,11 @@ class Held {
     source_ = &s;
     value_ = &s->data();
   }
+  // A slot that nothing else may keep alive (an element slot made for a non-array).
+  void hold(ValueRef s) {
+    hold_ = std::move(s);
+    value_ = &hold_->data();
+  }
   // Holds a borrowed slot, for when code may run (and change the table) before it is read.
   void keep() {
     if (source_ && !hold_) hold_ = *source_;

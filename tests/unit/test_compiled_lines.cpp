@@ -72,6 +72,8 @@ TEST(CompiledLines, OperatorsAndOperandsAsTheTextReadsThem) {
       u"DIM a(2)\nRESULT = a(3)",
       u"DIM m(1, 1)\nm(1, 0) = 7\nRESULT = m(1, 0) & m(0)",
       u"DIM v = 1\nRESULT = v(0)",                      // a non-array gives Empty
+      // an element of a non-array is a fresh slot, which the comparison must keep alive
+      u"DIM v = 1, t = \"a\"\"b\"\nRESULT = (v(0) >= 2.5 & t)",
   };
   for (const char16_t* c : cases) same(c);
   // A bracket right after a bracket names the temporary in its message: both fail alike, with
