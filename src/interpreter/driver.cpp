@@ -317,12 +317,17 @@ void ScriptCore::parseOnError(const UString& line) {
 // ---- runs
 
 void ScriptCore::beginRun() {
+  // The stop flag, the stickiness and the error are cleared together, under the lock that a
+  // stop request sets them under, so a stop racing the start is either wholly undone or
+  // wholly kept.
+  std::lock_guard lock(errorMutex_);
   if (!_owner) {
     stop_.store(false);
-    std::lock_guard lock(errorMutex_);
     stopSticky_ = false;
   }
-  setError(nullptr);
+  if (stopSticky_ && _error) return;  // a child keeps its run's stop
+  _error.reset();
+  errorSet_.store(false, std::memory_order_release);
 }
 
 Variant ScriptCore::runScript(const Variant& argument) {

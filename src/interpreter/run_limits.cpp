@@ -68,10 +68,11 @@ void ScriptCore::requestStop(ErrorRef reason) {
     _error = std::move(reason);
     errorSet_.store(true, std::memory_order_release);
     stopSticky_ = true;
+    stop_.store(true);
   }
   {
+    // Taken so that a sleeper between its check of the flag and its wait still wakes.
     std::lock_guard lock(stopMutex_);
-    stop_.store(true);
   }
   stopCv_.notify_all();
 }
