@@ -54,8 +54,10 @@ UString placeholder(int32_t reg) {
 // The register a placeholder names, or -1 when the text is not exactly one.
 int32_t placeholderRegister(UStringView text) {
   if (!text.starts_with(kPlaceholder) || text.size() == kPlaceholder.size()) return -1;
+  const UStringView digits = text.substr(kPlaceholder.size());
+  if (digits.size() > 9) return -1;
   int32_t reg = 0;
-  for (char16_t c : text.substr(kPlaceholder.size())) {
+  for (char16_t c : digits) {
     if (c < u'0' || c > u'9') return -1;
     reg = reg * 10 + (c - u'0');
   }
@@ -560,7 +562,8 @@ class Compiler {
 bool Compiler::operand(UStringView text, Operand& out) {
   const UString t = trim(text);
   out.reg = placeholderRegister(t);
-  if (out.reg >= 0) return true;
+  if (out.reg >= 0 && out.reg < registers) return true;
+  out.reg = -1;
   if (holdsPlaceholder(t)) return reject("an operand runs into a bracket's value");
   out.leaf = std::make_unique<Leaf>(t);
   return true;
@@ -618,6 +621,12 @@ std::unique_ptr<Expression> Compiler::expression(UStringView text, bool comparit
     const UString name = trim(UStringView(line).substr(nameStart, o - nameStart));
     if (holdsPlaceholder(name)) {
       reject("a bracket follows a bracket");
+      return nullptr;
+    }
+    // A name right after the bracket would run into the temporary's name, making a name of
+    // its own that the evaluator would then look up.
+    if (c + 1 < line.size() && isNameChar(line[c + 1])) {
+      reject("a name follows a bracket");
       return nullptr;
     }
     const UString contents = line.substr(o + 1, c - o - 1);

@@ -80,6 +80,10 @@ TEST(CompiledLines, OperatorsAndOperandsAsTheTextReadsThem) {
   // names of their own.
   EXPECT_EQ(runIn(u"RESULT = Len(\"a\")(1)", false).code, 3);
   EXPECT_EQ(runIn(u"RESULT = Len(\"a\")(1)", true).code, 3);
+  // So does a name or number right after a bracket, which runs into the temporary's name.
+  EXPECT_EQ(runIn(u"RESULT = Len(\"a\")2 + 1", false).code, 3);
+  EXPECT_EQ(runIn(u"RESULT = Len(\"a\")2 + 1", true).code, 3);
+  EXPECT_EQ(runIn(u"RESULT = Len(\"a\")33333333333333333333", false).code, 3);
 }
 
 TEST(CompiledLines, AssignmentTargets) {
