@@ -56,19 +56,28 @@ LineKind classifyLine(const UString& line) {
 }
 
 void ScriptCore::execute(const LxBasicStringList& source) {
-  if (!sourceFits(source)) return;
-  auto prepared = std::make_unique<LxBasicStringList>();
+  auto statements = std::make_unique<LxBasicStringList>();
+  PreparedLines lines;
+  if (!prepare(source, *statements, lines)) return;
+  _optimized = std::move(statements);
+  prepared_ = std::move(lines);
+  mainLoop(prepared_);
+}
+
+bool ScriptCore::prepare(const LxBasicStringList& source, LxBasicStringList& statements,
+                         PreparedLines& out) {
+  if (!sourceFits(source)) return false;
   UString continuation;
   for (size_t i = 0; i < source.count(); ++i) {
-    if (i % 1024 == 0 && stopRequested()) return;
+    if (i % 1024 == 0 && stopRequested()) return false;
     UString rest = source.stringAtIndex(i);
     UString last;
     const Variant index = Variant::int32(static_cast<int32_t>(i));
     while (!rest.empty()) {
-      if (stopRequested()) return;
+      if (stopRequested()) return false;
       UString upper = upperCase(rest);
       if (getTokenFrom(upper, u" ") == u"REM") {
-        prepared->addString(Variant(std::move(rest)), index);
+        statements.addString(Variant(std::move(rest)), index);
         rest.clear();
         break;
       }
@@ -80,36 +89,38 @@ void ScriptCore::execute(const LxBasicStringList& source) {
         continuation.clear();
       }
       statement = trim(statement);
-      if (statement.size() > kMaxLineLength) return refuseLongLine(statement, i);
+      if (statement.size() > kMaxLineLength) {
+        refuseLongLine(statement, i);
+        return false;
+      }
       rest = trim(rest);
-      prepared->addString(Variant(statement), index);
+      statements.addString(Variant(statement), index);
       last = std::move(statement);
     }
     if (endsWithContinuation(last)) {
-      prepared->deleteAtIndex(prepared->count() - 1);
+      statements.deleteAtIndex(statements.count() - 1);
       last.pop_back();
       continuation = std::move(last);
     }
   }
-  _optimized = std::move(prepared);
-  prepared_.clear();
-  prepared_.reserve(_optimized->count());
-  for (size_t i = 0; i < _optimized->count(); ++i) {
+  out.clear();
+  out.reserve(statements.count());
+  for (size_t i = 0; i < statements.count(); ++i) {
     PreparedLine p;
-    p.text = trim(replace(u"\t", u" ", _optimized->stringAtIndex(i), 2));
+    p.text = trim(replace(u"\t", u" ", statements.stringAtIndex(i), 2));
     p.kind = classifyLine(p.text);
-    p.scriptLine = _optimized->objectAtIndex(i).number().toInt32();
-    prepared_.push_back(std::move(p));
+    p.scriptLine = statements.objectAtIndex(i).number().toInt32();
+    out.push_back(std::move(p));
   }
-  mainLoop();
+  return true;
 }
 
 // ---- the main loop
 
-ScriptCore::PreparedLine::PreparedLine() = default;
-ScriptCore::PreparedLine::~PreparedLine() = default;
-ScriptCore::PreparedLine::PreparedLine(PreparedLine&&) noexcept = default;
-ScriptCore::PreparedLine& ScriptCore::PreparedLine::operator=(PreparedLine&&) noexcept = default;
+PreparedLine::PreparedLine() = default;
+PreparedLine::~PreparedLine() = default;
+PreparedLine::PreparedLine(PreparedLine&&) noexcept = default;
+PreparedLine& PreparedLine::operator=(PreparedLine&&) noexcept = default;
 
 compiled::LineCode* ScriptCore::codeFor(PreparedLine& line) {
   compiled::LineCode* code = line.code ? line.code.get() : compileLine(line);
@@ -127,22 +138,19 @@ compiled::LineCode* ScriptCore::compileLine(PreparedLine& line) {
   return line.code.get();
 }
 
-void ScriptCore::mainLoop() {
-  // A procedure's script is made anew for every call, so compiling its lines would cost more
-  // than it saves until bodies keep their compiled lines from call to call; Eval's lines run
-  // once.
-  const bool compiled = !evaluating_ && !_owner && !referenceEvaluator();
+void ScriptCore::mainLoop(PreparedLines& lines) {
+  // Eval's lines run once: compiling them would only cost.
+  const bool compiled = !evaluating_ && !referenceEvaluator();
   uint64_t compiledLines = 0;
   uint64_t referenceLines = 0;
   // Held while lines run: a watchdog that gave up on the run reads RESULT only once the run
   // has stopped after its current line (Eval releases it around its own lines).
   std::unique_lock lineLock(lineMutex_);
-  for (_curline = 0; _curline >= 0 && static_cast<size_t>(_curline) < prepared_.size();
-       ++_curline) {
+  for (_curline = 0; _curline >= 0 && static_cast<size_t>(_curline) < lines.size(); ++_curline) {
     const auto index = static_cast<size_t>(_curline);
     // A reference: a handler that runs a nested evaluation swaps the prepared lines out and
     // back, which keeps their storage where it is.
-    PreparedLine& line = prepared_[index];
+    PreparedLine& line = lines[index];
     currentScriptLine_.store(line.scriptLine, std::memory_order_relaxed);
     if (line.kind == kEmpty || line.kind == kRem) continue;
     if (lineHook_ && !callLineHook()) break;
@@ -151,7 +159,7 @@ void ScriptCore::mainLoop() {
     executeWithinLimits(line);
     if (!_tmps.empty()) clearTmpVars();
     if (hasError()) {
-      const PreparedLine& done = prepared_[index];
+      const PreparedLine& done = lines[index];
       if (!applyErrorPolicy(done.text, done.scriptLine)) break;
     }
     // A stop request ends the run even under ON ERROR RESUME NEXT: a host must always be
@@ -161,14 +169,16 @@ void ScriptCore::mainLoop() {
   currentCode_ = nullptr;
   lineLock.unlock();
   ScriptCore* root = getRootOwner();
-  std::lock_guard lock(root->statsMutex_);
-  root->stats_.compiledLines += compiledLines;
-  root->stats_.referenceLines += referenceLines;
+  root->compiledLines_.fetch_add(compiledLines, std::memory_order_relaxed);
+  root->referenceLines_.fetch_add(referenceLines, std::memory_order_relaxed);
 }
 
 ScriptCore::ExecutionStats ScriptCore::executionStats() const {
   std::lock_guard lock(statsMutex_);
-  return stats_;
+  ExecutionStats stats = stats_;
+  stats.compiledLines = compiledLines_.load(std::memory_order_relaxed);
+  stats.referenceLines = referenceLines_.load(std::memory_order_relaxed);
+  return stats;
 }
 
 void ScriptCore::executeLine(PreparedLine& line) {

@@ -8,6 +8,7 @@
 
 #include "foundation/memory_budget.h"
 #include "foundation/scanning.h"
+#include "interpreter/call_frame.h"
 #include "interpreter/script_core.h"
 #include "interpreter/stack_room.h"
 #include "lxbasic/text.h"
@@ -45,6 +46,9 @@ LxBasicSub::LxBasicSub(ScriptCore* owner, UString name, std::vector<UString> par
   if (!body.empty()) body_.setText(Variant(body));
 }
 
+LxBasicSub::LxBasicSub(ScriptCore* owner) : owner_(owner) {}
+LxBasicSub::~LxBasicSub() = default;
+
 CallResult LxBasicSub::run(std::span<const Variant> args, ErrorRef* error) {
   if (args.size() != params_.size()) return CallResult{Variant(), true};
   ScriptCore* root = owner_->getRootOwner();
@@ -52,7 +56,52 @@ CallResult LxBasicSub::run(std::span<const Variant> args, ErrorRef* error) {
     if (error) *error = LxError::make(kStackOverflow);
     return {};
   }
+  if (owner_->referenceEvaluator()) return runAsChildScript(args, error);
 
+  std::unique_ptr<CallFrame> frame = takeFrame();
+  ScriptCore& child = frame->script();
+  // Held for the call: a body that grew while a call of it is active is prepared anew for
+  // later calls, never under this one.
+  std::shared_ptr<ProcedureBody> body = preparedBody(child);
+  ValueRef result;
+  bool ran = true;
+  if (body) {
+    result = frame->bind(args);
+    // An exception out of the body ends only the call; the caller gets what the function had.
+    auto run = [&child, &body] {
+      try {
+        child.runFrameBody(body->lines);
+      } catch (...) {
+      }
+    };
+    root->setStack(root->stack() + 1);
+    ran = runWithStackRoom(run);
+    root->setStack(root->stack() - 1);
+  }
+  ErrorRef inner = child.hasError() ? child.error() : nullptr;
+  Variant value = result ? result->data() : Variant();
+  result.reset();
+  giveBack(std::move(frame));
+  return finishCall(ran, inner, std::move(value), error);
+}
+
+CallResult LxBasicSub::finishCall(bool ran, const ErrorRef& inner, Variant value,
+                                  ErrorRef* error) const {
+  if (!ran) {
+    if (error) *error = LxError::make(kStackOverflow);
+    return {};
+  }
+  // A stop ends every level at once: no caller goes on with what an unfinished call left.
+  if (owner_->stopRequested()) throw ScriptStopped();
+  if (inner && inner->code() >= 1) {
+    if (error) *error = LxError::errorWithCode(inner->code(), inner->desc(), inner->line());
+    return {};
+  }
+  return CallResult{std::move(value), false};
+}
+
+CallResult LxBasicSub::runAsChildScript(std::span<const Variant> args, ErrorRef* error) {
+  ScriptCore* root = owner_->getRootOwner();
   auto child = ScriptCore::createChild(*owner_);
   child->getScript() = body_;
   for (size_t i = 0; i < params_.size(); ++i) child->addVarWithName(params_[i], args[i]);
@@ -66,7 +115,6 @@ CallResult LxBasicSub::run(std::span<const Variant> args, ErrorRef* error) {
   }
   child->addConstWithName(u"__func__", Variant(name_));
 
-  // An exception out of the body ends only the call; the caller gets what the function had.
   auto body = [&child] {
     try {
       child->runScript(Variant());
@@ -76,19 +124,39 @@ CallResult LxBasicSub::run(std::span<const Variant> args, ErrorRef* error) {
   root->setStack(root->stack() + 1);
   const bool ran = runWithStackRoom(body);
   root->setStack(root->stack() - 1);
-  if (!ran) {
-    if (error) *error = LxError::make(kStackOverflow);
-    return {};
-  }
-  // A stop ends every level at once: no caller goes on with what an unfinished call left.
-  if (owner_->stopRequested()) throw ScriptStopped();
+  return finishCall(ran, child->error(), result ? result->data() : Variant(), error);
+}
 
-  ErrorRef inner = child->error();
-  if (inner && inner->code() >= 1) {
-    if (error) *error = LxError::errorWithCode(inner->code(), inner->desc(), inner->line());
-    return {};
+const std::shared_ptr<ProcedureBody>& LxBasicSub::preparedBody(ScriptCore& frame) {
+  if (prepared_ && prepared_->sourceLines == body_.count()) return prepared_;
+  auto body = std::make_shared<ProcedureBody>();
+  LxBasicStringList statements;
+  if (!frame.prepare(body_, statements, body->lines)) {
+    static const std::shared_ptr<ProcedureBody> none;
+    return none;
   }
-  return CallResult{result ? result->data() : Variant(), false};
+  body->sourceLines = body_.count();
+  prepared_ = std::move(body);
+  idle_.clear();  // their copies of the body text are out of date
+  return prepared_;
+}
+
+std::unique_ptr<CallFrame> LxBasicSub::takeFrame() {
+  if (idle_.empty()) return std::make_unique<CallFrame>(*this, *owner_);
+  std::unique_ptr<CallFrame> frame = std::move(idle_.back());
+  idle_.pop_back();
+  return frame;
+}
+
+void LxBasicSub::giveBack(std::unique_ptr<CallFrame> frame) {
+  // Enough for recursion a few dozen calls deep to make no new frames.
+  constexpr size_t kIdleFrames = 64;
+  if (frame->unbind() && idle_.size() < kIdleFrames) idle_.push_back(std::move(frame));
+}
+
+void LxBasicSub::releaseFrames() {
+  idle_.clear();
+  prepared_.reset();
 }
 
 std::shared_ptr<LxBasicSub> LxBasicSubs::addSubWithName(UStringView name,
@@ -100,6 +168,10 @@ std::shared_ptr<LxBasicSub> LxBasicSubs::addSubWithName(UStringView name,
   subs_.emplace(std::move(key), sub);
   epoch_ = nextBindingEpoch();
   return sub;
+}
+
+void LxBasicSubs::releaseFrames() {
+  for (auto& [name, sub] : subs_) sub->releaseFrames();
 }
 
 std::shared_ptr<LxBasicSub> LxBasicSubs::getSubByName(UStringView name) const {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "interpreter/epoch.h"
+#include "interpreter/prepared_line.h"
 #include "lxbasic/bridge.h"
 #include "lxbasic/error.h"
 #include "lxbasic/string_list.h"
@@ -22,11 +23,22 @@ class ScriptCore;
 // Calls that may be active at once in one script tree; one more is error 25.
 inline constexpr int32_t kMaxCallDepth = 256;
 
+class CallFrame;
+
+// A body as calls run it: prepared (and, line by line, compiled) once, shared by every call.
+struct ProcedureBody {
+  PreparedLines lines;
+  size_t sourceLines = 0;  // the body's line count it was prepared from
+};
+
 class LxBasicSub {
  public:
-  explicit LxBasicSub(ScriptCore* owner) : owner_(owner) {}
+  explicit LxBasicSub(ScriptCore* owner);
   LxBasicSub(ScriptCore* owner, UString name, std::vector<UString> params, UStringView body,
              bool func);
+  ~LxBasicSub();
+  LxBasicSub(const LxBasicSub&) = delete;
+  LxBasicSub& operator=(const LxBasicSub&) = delete;
 
   // One call: the function's result (Empty for a sub), or argumentMismatch when the argument
   // count differs from the parameter count. A body that fails leaves its error (code,
@@ -40,13 +52,29 @@ class LxBasicSub {
   const UString& name() const noexcept { return name_; }
   const std::vector<UString>& params() const noexcept { return params_; }
   ScriptCore* owner() const noexcept { return owner_; }
+  // Drops the idle frames and the prepared body (which may refer back to this record).
+  void releaseFrames();
 
  private:
+  // The reference way of calling: a child script made for the call, which prepares the body
+  // from its text and runs it on the reference evaluator.
+  CallResult runAsChildScript(std::span<const Variant> args, ErrorRef* error);
+  // The prepared body, prepared now when the body is new or has grown; nullptr when it cannot
+  // be prepared (the frame's script then holds the error).
+  const std::shared_ptr<ProcedureBody>& preparedBody(ScriptCore& frame);
+  // The caller's view of a finished call: error 25 when no stack could be found for it, the
+  // run's end on a stop, the body's error, or the value.
+  CallResult finishCall(bool ran, const ErrorRef& inner, Variant value, ErrorRef* error) const;
+  std::unique_ptr<CallFrame> takeFrame();
+  void giveBack(std::unique_ptr<CallFrame> frame);
+
   bool func_ = false;
   UString name_;  // upper case
   std::vector<UString> params_;
   LxBasicStringList body_;
   ScriptCore* owner_;  // the script that owns the procedure table; it outlives every call
+  std::shared_ptr<ProcedureBody> prepared_;
+  std::vector<std::unique_ptr<CallFrame>> idle_;  // the last one is used next
 };
 
 class LxBasicSubs {
@@ -59,6 +87,8 @@ class LxBasicSubs {
   std::shared_ptr<LxBasicSub> getSubByName(UStringView name) const;
   // Changes whenever a procedure is added (see interpreter/epoch.h).
   uint64_t epoch() const noexcept { return epoch_; }
+  // Breaks the records' links to the frames and bodies they keep (the table's owner is going).
+  void releaseFrames();
 
  private:
   ScriptCore* owner_;

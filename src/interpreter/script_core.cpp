@@ -5,6 +5,7 @@
 
 #include "builtins/library.h"
 #include "foundation/scanning.h"
+#include "interpreter/procedures.h"
 #include "lxbasic/bridge.h"
 #include "lxbasic/exceptions.h"
 #include "lxbasic/script.h"
@@ -15,6 +16,8 @@ namespace lx {
 ScriptCore::ScriptCore() = default;
 
 ScriptCore::~ScriptCore() {
+  // Idle call frames are children of this script that its procedures keep.
+  if (!_owner && _subs) _subs->releaseFrames();
   // Arrays that contain themselves would outlive the script; only the script tree's root
   // knows that none of its runs is left to use them.
   if (!_owner && budget_) budget_->breakCycles();
@@ -33,13 +36,17 @@ std::shared_ptr<ScriptCore> ScriptCore::createChild(ScriptCore& owner) {
   child->_owner = &owner;
   child->budget_ = owner.budget_;
   child->_subs = owner._subs;  // shared, so a child needs no table of its own
-  child->dialogs_ = owner.dialogs_;
-  child->lineHook_ = owner.lineHook_;
+  child->adoptOwnerSettings();
   child->initialise();
   child->_objs.insert(child->_objs.end(), owner._objs.begin() + (owner._objs.empty() ? 0 : 1),
                       owner._objs.end());
   child->objsEpoch_ = nextBindingEpoch();
   return child;
+}
+
+void ScriptCore::adoptOwnerSettings() noexcept {
+  lineHook_ = _owner->lineHook_;
+  if (dialogs_ != _owner->dialogs_) dialogs_ = _owner->dialogs_;
 }
 
 namespace {
@@ -156,6 +163,7 @@ void ScriptCore::restart() {
   _loops.clear();
   _tmps.clear();
   _newsub.reset();
+  if (_subs) _subs->releaseFrames();
   _subs = makeProcedureTable(*this);
   _curline = 0;
   _ignore_error = 0;

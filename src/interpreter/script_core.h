@@ -24,6 +24,7 @@
 #include "foundation/memory_budget.h"
 #include "interpreter/epoch.h"
 #include "interpreter/line_kind.h"
+#include "interpreter/prepared_line.h"
 #include "lxbasic/bridge.h"
 #include "lxbasic/error.h"
 #include "lxbasic/script.h"
@@ -202,7 +203,16 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   // While a procedure definition is open, its body collects the lines the driver passes by.
   void appendToOpenProcedure(const UString& line);
 
+  // Splits the source into statements (joining continued lines) and classifies them; false,
+  // with error 37 or 36 set, when the text cannot be run (driver.cpp).
+  bool prepare(const LxBasicStringList& source, LxBasicStringList& statements, PreparedLines& out);
+
   // ---- procedures (procedures.cpp)
+  // Runs a procedure body's prepared lines in this child script (a call frame).
+  void runFrameBody(PreparedLines& lines) { mainLoop(lines); }
+  // Takes the line hook and dialog provider the owner has now, which a host may have changed
+  // since this child was made.
+  void adoptOwnerSettings() noexcept;
   ScriptCore* getOwner() const noexcept { return _owner; }
   ScriptCore* getRootOwner() noexcept;
   // The procedure of that name (any letter case), or nullptr.
@@ -221,6 +231,8 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
     return addVarWithName(name, value, true);
   }
   ValueRef getValueForVar(UStringView name) const;
+  // Names that addVarWithName adds from now on are also appended to *names (nullptr: none).
+  void recordNewNames(std::vector<UString>* names) noexcept { newNames_ = names; }
   void removeVar(UStringView name);
   std::unordered_map<UString, ValueRef>& getVars() noexcept { return _vars; }
   void clearTmpVars();
@@ -235,6 +247,7 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   uint64_t varsEpoch() const noexcept { return varsEpoch_; }
   uint64_t objsEpoch() const noexcept { return objsEpoch_; }
   void varsChanged() noexcept { varsEpoch_ = nextBindingEpoch(); }
+  void objsChanged() noexcept { objsEpoch_ = nextBindingEpoch(); }
 
   // ---- state shared with the statement sources
   ScriptCore* _owner = nullptr;
@@ -277,24 +290,13 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   std::atomic<int32_t> currentScriptLine_{-1};
   std::atomic<bool> threadActive_{false};
   std::atomic<bool> referenceEvaluator_{false};
+  std::vector<UString>* newNames_ = nullptr;
   uint64_t varsEpoch_ = nextBindingEpoch();
   uint64_t objsEpoch_ = nextBindingEpoch();
   // The root script's hook; child scripts point at their root's.
   LineHook lineHookStore_;
   const LineHook* lineHook_ = nullptr;
-  // Per prepared line: its trimmed text and which handler its first words select, worked
-  // out once per run instead of on every pass through a loop.
-  struct PreparedLine {
-    PreparedLine();
-    ~PreparedLine();
-    PreparedLine(PreparedLine&&) noexcept;
-    PreparedLine& operator=(PreparedLine&&) noexcept;
-    UString text;
-    uint8_t kind = 0;
-    int32_t scriptLine = 0;
-    std::unique_ptr<compiled::LineCode> code;  // made when the line first runs
-  };
-  std::vector<PreparedLine> prepared_;
+  PreparedLines prepared_;
   // The compiled form of the line being executed; nullptr on the reference evaluator.
   compiled::LineCode* currentCode_ = nullptr;
   // Eval's lines run once each: compiling them would only cost.
@@ -304,12 +306,15 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   compiled::LineCode* codeFor(PreparedLine& line);
   void executeLine(PreparedLine& line);
   mutable std::mutex statsMutex_;
-  ExecutionStats stats_;
+  ExecutionStats stats_;  // the fallbacks; the counts are kept apart, counted without a lock
+  std::atomic<uint64_t> compiledLines_{0};
+  std::atomic<uint64_t> referenceLines_{0};
   void execute(const LxBasicStringList& source);
+
   void beginRun();
   Variant runBody(const Variant& argument);
   Variant resultBetweenLines() const;
-  void mainLoop();
+  void mainLoop(PreparedLines& lines);
   UString evaluateCall(const UString& name, UString contents, const UString& line);
   UString evaluateBracket(const UString& contents, const UString& line);
   bool conditionOperand(UString operand, const UString& line, bool* truth);
@@ -352,6 +357,10 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
 // The longest script line (in UTF-16 code units) that a run accepts; preparing and
 // evaluating a line take time that grows faster than its length.
 inline constexpr size_t kMaxLineLength = 32768;
+
+// The slot a variable bound to `value` gets: the value's own slot when it carries one of the
+// same constness (*shared is then true), otherwise a new slot holding the data.
+ValueRef boundSlot(const Variant& value, bool constant, bool* shared);
 
 // The error a caller reports for a procedure whose body failed: the inner code one level out
 // (plus 100, saturating), the inner message and line text.

@@ -8,25 +8,26 @@
 
 namespace lx {
 
+ValueRef boundSlot(const Variant& value, bool constant, bool* shared) {
+  ValueRef slot = slotRefOf(value);
+  *shared = slot && slot->constant() == constant;
+  if (*shared) return slot;  // shared, not copied
+  return LxValue::make(slot ? slot->data() : value, constant);
+}
+
 ValueRef ScriptCore::addVarWithName(UStringView name, const Variant& value, bool constant) {
   if (!checkVarName(name)) {
     setError(LxError::make(kBadVariableName));
     return nullptr;
   }
   varsChanged();
-  auto made = LxValue::make(Variant(), constant);
-  UString key = upperCase(name);
-  if (ValueRef slot = slotRefOf(value)) {
-    if (slot->constant() == constant) {
-      _vars.insert_or_assign(std::move(key), std::move(slot));  // shared, not copied
-      return made;
-    }
-    made->setData(slot->data());
-  } else {
-    made->setData(value);
-  }
-  _vars.insert_or_assign(std::move(key), made);
-  return made;
+  bool shared = false;
+  ValueRef slot = boundSlot(value, constant, &shared);
+  // A shared slot is not answered: the caller gets a slot of its own, as it always has.
+  ValueRef answer = shared ? LxValue::make(Variant(), constant) : slot;
+  auto [entry, inserted] = _vars.insert_or_assign(upperCase(name), std::move(slot));
+  if (inserted && newNames_) newNames_->push_back(entry->first);
+  return answer;
 }
 
 ValueRef ScriptCore::getValueForVar(UStringView name) const {
