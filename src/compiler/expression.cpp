@@ -305,7 +305,7 @@ class CallStep final : public Step {
     } else {
       resolve(script);
       sub = sub_;
-      array = array_;
+      if (!sub) array = lookupVariable(script, key_, variable_);
       kind = sub ? Kind::Procedure : array ? Kind::Element : Kind::Function;
     }
 
@@ -356,14 +356,15 @@ class CallStep final : public Step {
 
  private:
   // What the name means now: a procedure, an array variable, or neither.
+  // The procedure of that name, if any; one hides a variable of its name, so the variables are
+  // looked at only when there is none.
   void resolve(ScriptCore& script) const {
     const auto& subs = script.getSubs();
     const uint64_t subsEpoch = subs ? subs->epoch() : 0;
-    if (subsEpoch_ == subsEpoch && varsEpoch_ == script.varsEpoch()) return;
-    sub_ = script.getSubByName(name_);
-    array_ = sub_ ? nullptr : script.getValueForVar(key_);
-    subsEpoch_ = subsEpoch;
-    varsEpoch_ = script.varsEpoch();
+    if (subsEpoch_ != subsEpoch) {
+      sub_ = script.getSubByName(key_);
+      subsEpoch_ = subsEpoch;
+    }
   }
 
   bool call(ScriptCore& script, bool onReceiver, const ObjectRef& receiver, const Arguments& args,
@@ -381,12 +382,11 @@ class CallStep final : public Step {
     } else {
       if (objsEpoch_ != script.objsEpoch()) {
         function_ = nullptr;
-        functionTarget_.reset();
-        script.getSel(&function_, &functionTarget_, method_, count);
+        functionTarget_ = script.findSel(&function_, method_, count);
         objsEpoch_ = script.objsEpoch();
       }
       found = function_;
-      target = functionTarget_;
+      if (found) target = script.getObjs()[static_cast<size_t>(functionTarget_)];
     }
     if (!found) {
       script.setError(LxError::make(kFunctionNotFound, line, method_));
@@ -410,12 +410,11 @@ class CallStep final : public Step {
   std::unique_ptr<Expression> receiver_;  // for name@(object, ...)
   std::vector<Item> items_;
   mutable uint64_t subsEpoch_ = 0;
-  mutable uint64_t varsEpoch_ = 0;
   mutable std::shared_ptr<LxBasicSub> sub_;
-  mutable ValueRef array_;
+  mutable VariableCache variable_;
   mutable uint64_t objsEpoch_ = 0;
   mutable const MethodInfo* function_ = nullptr;
-  mutable ObjectRef functionTarget_;
+  mutable int32_t functionTarget_ = -1;  // the function's object: its index in the list
 };
 
 // One operand of a bracketed condition: NOT, a bracketed value, a comparison or a bare value.
@@ -482,6 +481,7 @@ class Comparison {
  private:
   static bool side(ScriptCore& script, Registers& regs, const UString& line, const Expression& e,
                    const UString& text, Held& out) {
+    if (const Leaf* leaf = e.soleLeaf()) return e.readSole(script, *leaf, out);
     if (present(script, e.run(script, regs), out)) return true;
     if (!script.hasError()) notFound(script, line, text, regs);
     return false;
@@ -815,6 +815,14 @@ ValueRef Expression::target(ScriptCore& script, Registers& regs) const {
   }
   if (!slot) script.setError(LxError::make(kVariableNotFound, original_, targetText_));
   return slot;
+}
+
+bool Expression::readSole(ScriptCore& script, const Leaf& leaf, Held& out) const {
+  if (leaf.read(script, out)) return true;
+  if (!script.hasError()) {
+    script.setError(LxError::make(kVariableNotFound, original_, leaf.text()));
+  }
+  return false;
 }
 
 Result Expression::single(ScriptCore& script, Registers& regs) const {

@@ -68,6 +68,8 @@ class Expression {
   const Leaf* soleLeaf() const noexcept {
     return !inline_ && !assigns_ && steps_.empty() ? final_.leaf.get() : nullptr;
   }
+  // For an expression that is its sole leaf: what run() gives, as an operand reads it.
+  bool readSole(ScriptCore& script, const Leaf& leaf, Held& out) const;
   // One run inside the register file of the outermost expression (brackets and arguments
   // are expressions of their own that share it).
   Result run(ScriptCore& script, Registers& regs) const;

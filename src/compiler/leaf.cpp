@@ -1,5 +1,7 @@
 #include "compiler/leaf.h"
 
+#include <algorithm>
+
 #include "foundation/scanning.h"
 #include "interpreter/rewriting.h"
 #include "interpreter/script_core.h"
@@ -15,6 +17,14 @@ const ValueRef kNoSlot;
 
 const ValueRef& lookupVariable(ScriptCore& script, const UString& key, VariableCache& cache) {
   if (cache.epoch != script.varsEpoch()) {
+    if (const std::vector<UString>* names = script.boundNames()) {
+      if (cache.boundNames != names) {
+        const auto at = std::find(names->begin(), names->end(), key);
+        cache.bound = at == names->end() ? -1 : static_cast<int32_t>(at - names->begin());
+        cache.boundNames = names;
+      }
+      if (cache.bound >= 0) return script.boundEntry(static_cast<size_t>(cache.bound));
+    }
     auto& vars = script.getVars();
     auto it = vars.find(key);
     cache.slot = it == vars.end() ? nullptr : it->second;
@@ -75,14 +85,13 @@ bool Leaf::callMethod(ScriptCore& script, Held& out, bool& found) const {
   }
   if (methodEpoch_ != script.objsEpoch()) {
     method_ = nullptr;
-    target_.reset();
-    script.getSel(&method_, &target_, text_, 0);
+    target_ = script.findSel(&method_, text_, 0);
     methodEpoch_ = script.objsEpoch();
   }
   found = method_ != nullptr;
   if (!found) return false;
   // Held for the call: the method may change the script's object list.
-  ObjectRef target = target_;
+  ObjectRef target = script.getObjs()[static_cast<size_t>(target_)];
   CallResult r;
   if (!script.sendCounted(*target, *method_, {}, &r)) return false;
   if (r.argumentMismatch) {

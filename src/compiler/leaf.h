@@ -49,10 +49,14 @@ class Held {
   std::optional<Variant> own_;  // rarely used: an optional costs nothing to destroy empty
 };
 
-// A variable looked up once and remembered with the epoch of the table it was found in.
+// A variable looked up once and remembered with the epoch of the table it was found in. In
+// call frames, a name the call binds is remembered by its place in the procedure's list of
+// bound names instead, which holds in every frame of the procedure, however deep.
 struct VariableCache {
   uint64_t epoch = 0;
   ValueRef slot;
+  const std::vector<UString>* boundNames = nullptr;
+  int32_t bound = -1;  // the name's index in boundNames, -1 for none
 };
 // The slot the upper-cased name has in the script's own table, or nullptr.
 const ValueRef& lookupVariable(ScriptCore& script, const UString& key, VariableCache& cache);
@@ -80,6 +84,9 @@ class Leaf {
         out.point(literal_);
         return true;
       }
+    } else if (variable_.bound >= 0 && variable_.boundNames == script.boundNames()) {
+      out.slot(script.boundEntry(static_cast<size_t>(variable_.bound)));
+      return true;
     }
     return readSlow(script, out);
   }
@@ -113,7 +120,7 @@ class Leaf {
   mutable VariableCache variable_;
   mutable uint64_t methodEpoch_ = 0;
   mutable const MethodInfo* method_ = nullptr;
-  mutable ObjectRef target_;
+  mutable int32_t target_ = -1;  // the method's object: its index in the script's list
 };
 
 }  // namespace lx::compiled

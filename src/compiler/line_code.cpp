@@ -14,6 +14,10 @@ std::unique_ptr<Expression> compilePiece(const UString& text, TextMode mode, std
 }  // namespace
 
 const Expression* LineCode::piece(const UString& text, TextMode mode) {
+  // The handlers hand back the parts this line keeps, so most pieces are found by address.
+  for (const Piece& p : pieces_) {
+    if (p.member == &text && p.mode == mode) return p.code.get();
+  }
   for (const Piece& p : pieces_) {
     if (p.mode == mode && p.text == text) return p.code.get();
   }
@@ -31,7 +35,7 @@ bool LineCode::require(const UString& text, TextMode mode) {
     reason_ = why;
     return false;
   }
-  pieces_.push_back(Piece{mode, text, std::move(code)});
+  pieces_.push_back(Piece{mode, text, std::move(code), &text});
   return true;
 }
 

@@ -36,8 +36,10 @@ class LineCode {
     TextMode mode;
     UString text;
     std::unique_ptr<Expression> code;
+    const UString* member = nullptr;  // the part of this line it was compiled from, if any
   };
-  // Compiles a piece the line cannot do without; false marks the line for the reference.
+  // Compiles a piece the line cannot do without, from one of the line's own parts (kept by
+  // address); false marks the line for the reference.
   bool require(const UString& text, TextMode mode);
 
   std::vector<Piece> pieces_;

@@ -1,5 +1,7 @@
 #include "interpreter/call_frame.h"
 
+#include <algorithm>
+
 #include "builtins/library.h"
 #include "interpreter/procedures.h"
 #include "interpreter/script_core.h"
@@ -7,45 +9,63 @@
 
 namespace lx {
 
-namespace {
-
-// What an idle frame's parameters and result hold: nothing of the last call's values.
-const ValueRef& vacantSlot() {
-  static const ValueRef slot = LxValue::make(Variant(), true);
-  return slot;
-}
-
-}  // namespace
-
 CallFrame::CallFrame(const LxBasicSub& sub, ScriptCore& owner)
-    : script_(ScriptCore::createChild(owner)), owner_(owner) {
+    : script_(ScriptCore::createChild(owner)), owner_(owner), func_(sub.func()) {
   ScriptCore& s = *script_;
   s.getScript() = sub.body();  // its line tags say where each body line came from
   auto& vars = s.getVars();
   err_ = &vars.find(u"ERR")->second;
   freshErr_ = *err_;
   funcName_ = LxValue::make(Variant(sub.name()), true);
-  auto entryOf = [&vars](UStringView name) { return &vars[upperCase(name)]; };
-  for (size_t i = 0; i < sub.params().size(); ++i) {
-    bindings_.push_back({entryOf(sub.params()[i]), Role::Parameter, i});
-  }
-  if (sub.func()) {
+  frameEpoch_ = sub.frameEpoch();
+  const std::vector<UString>& names = sub.boundNames();
+  for (const UString& key : names) entries_.push_back(&vars[key]);
+  s.setBoundNames(&names, entries_.data());
+  auto entryOf = [this, &names](UStringView name) {
+    const auto at = std::find(names.begin(), names.end(), upperCase(name));
+    return entries_[static_cast<size_t>(at - names.begin())];
+  };
+  for (const UString& param : sub.params()) parameters_.push_back(entryOf(param));
+  if (func_) {
     for (UStringView name :
          {UStringView(sub.name()), UStringView(u"result"), UStringView(u"function")}) {
-      bindings_.push_back({entryOf(name), Role::Result, 0});
+      ValueRef* entry = entryOf(name);
+      if (std::find(resultEntries_.begin(), resultEntries_.end(), entry) == resultEntries_.end()) {
+        resultEntries_.push_back(entry);
+      }
     }
   }
-  bindings_.push_back({entryOf(u"__func__"), Role::FuncName, 0});
-  for (const Binding& b : bindings_) *b.entry = vacantSlot();
-  s.varsChanged();
+  funcEntry_ = entryOf(u"__func__");
+  for (ValueRef* entry : parameters_) {
+    shadowed_ =
+        shadowed_ || entry == funcEntry_ ||
+        std::find(resultEntries_.begin(), resultEntries_.end(), entry) != resultEntries_.end();
+  }
+  for (ValueRef* entry : parameters_) entry->reset();
+  bindResult();
+  *funcEntry_ = funcName_;
   names_ = vars.size();
-  ownerObjects_ = owner.objsEpoch();
   s.getObjs().resize(1);  // the host objects are copied per call, so an idle frame holds none
 }
 
 CallFrame::~CallFrame() = default;
 
-ValueRef CallFrame::bind(std::span<const Variant> args) {
+void CallFrame::vacate(ValueRef& entry) {
+  if (!entry) return;
+  if (entry.use_count() == 1) {
+    entry->setData(Variant());
+  } else {
+    entry.reset();
+  }
+}
+
+void CallFrame::bindResult() {
+  if (!func_) return;
+  result_ = LxValue::make();
+  for (ValueRef* entry : resultEntries_) *entry = result_;
+}
+
+const LxValue* CallFrame::bind(std::span<const Variant> args) {
   ScriptCore& s = *script_;
   s.adoptOwnerSettings();
   const auto& hostObjects = owner_.getObjs();
@@ -54,43 +74,61 @@ ValueRef CallFrame::bind(std::span<const Variant> args) {
   }
   if (ownerObjects_ != owner_.objsEpoch()) {
     ownerObjects_ = owner_.objsEpoch();
-    s.objsChanged();
+    // The frame's list is its own library followed by the owner's objects but the first.
+    const bool sameClasses =
+        !hostObjects.empty() && hostObjects.front()->lxClass() == s.library().lxClass();
+    s.setObjsEpoch(sameClasses ? ownerObjects_ : nextBindingEpoch());
   }
-  *err_ = freshErr_;
-  ValueRef result;
-  for (const Binding& b : bindings_) {
-    switch (b.role) {
-      case Role::Parameter: {
-        bool shared = false;
-        *b.entry = boundSlot(args[b.parameter], false, &shared);
-        break;
-      }
-      case Role::Result:
-        if (!result) result = LxValue::make();
-        *b.entry = result;
-        break;
-      case Role::FuncName:
-        *b.entry = funcName_;
-        break;
+  for (size_t i = 0; i < parameters_.size(); ++i) {
+    // Bound as addVarWithName binds: a variable's own slot is shared, a value is copied (into
+    // the slot the last call had, when nothing else took it).
+    ValueRef& entry = *parameters_[i];
+    const Variant& arg = args[i];
+    const LxValue* carried = slotOf(arg);
+    if (carried && !carried->constant()) {
+      entry = slotRefOf(arg);
+      continue;
+    }
+    const Variant& data = carried ? carried->data() : arg;
+    if (entry && entry.use_count() == 1 && !entry->constant()) {
+      entry->setData(data);
+    } else {
+      entry = LxValue::make(data);
     }
   }
-  s.varsChanged();
+  if (shadowed_) {
+    bindResult();
+    *funcEntry_ = funcName_;
+  }
+  s.setVarsEpoch(frameEpoch_);
   s.recordNewNames(&locals_);
-  return result;
+  return result_.get();
 }
 
 bool CallFrame::unbind() {
   ScriptCore& s = *script_;
   s.recordNewNames(nullptr);
-  s.clearTmpVars();
+  if (!s._tmps.empty()) s.clearTmpVars();
   auto& vars = s.getVars();
   for (const UString& name : locals_) vars.erase(name);
   locals_.clear();
-  for (const Binding& b : bindings_) *b.entry = vacantSlot();
-  *err_ = freshErr_;
-  s.varsChanged();
+  for (ValueRef* entry : parameters_) vacate(*entry);
+  if (func_) {
+    // The result slot is emptied for the next call unless something else took it.
+    const bool kept = !shadowed_ &&
+                      result_.use_count() == static_cast<long>(resultEntries_.size()) + 1 &&
+                      std::all_of(resultEntries_.begin(), resultEntries_.end(),
+                                  [this](const ValueRef* entry) { return *entry == result_; });
+    if (kept) {
+      result_->setData(Variant());
+    } else {
+      bindResult();
+    }
+  }
+  if (*funcEntry_ != funcName_) *funcEntry_ = funcName_;
+  if (*err_ != freshErr_) *err_ = freshErr_;  // a parameter may be named err
   s.getObjs().resize(1);
-  s.library().objects.clear();
+  if (!s.library().objects.empty()) s.library().objects.clear();
   s._ifs.clear();
   s._loops.clear();
   s._newsub.reset();

@@ -27,31 +27,38 @@ class CallFrame {
   CallFrame& operator=(const CallFrame&) = delete;
 
   ScriptCore& script() noexcept { return *script_; }
-  // Binds one call, in the order a new child script would get them: the arguments to the
-  // parameters, one fresh result slot under the function's name, "result" and "function"
-  // (answered; nullptr for a sub), and "__func__".
-  ValueRef bind(std::span<const Variant> args);
-  // Back to the state between calls: the call's variables, blocks, error and created objects
-  // are dropped. False when the frame is not fit to be used again.
+  // Binds one call as a new child script would be bound: the arguments to the parameters in
+  // order, then one empty result slot under the function's name, "result" and "function"
+  // (answered; nullptr for a sub), then "__func__".
+  const LxValue* bind(std::span<const Variant> args);
+  // Back to the state between calls: the call's values, variables, blocks, error and created
+  // objects are dropped. False when the frame is not fit to be used again.
   bool unbind();
 
  private:
-  enum class Role : uint8_t { Parameter, Result, FuncName };
-  struct Binding {
-    ValueRef* entry;  // the variable table's entry; entries stay put while names are added
-    Role role;
-    size_t parameter;
-  };
+  // Drops what a slot holds: emptied and kept when the table is its only holder, otherwise
+  // left to whoever else holds it (an array may hold an argument's slot).
+  static void vacate(ValueRef& entry);
+  void bindResult();
 
   std::shared_ptr<ScriptCore> script_;
   ScriptCore& owner_;
-  std::vector<Binding> bindings_;
+  std::vector<ValueRef*> entries_;        // the table's entries for the bound names
+  std::vector<ValueRef*> parameters_;     // each parameter's entry, in order
+  std::vector<ValueRef*> resultEntries_;  // the distinct entries of the result's names
+  ValueRef* funcEntry_ = nullptr;
+  ValueRef result_;    // the slot the result's names share
   ValueRef funcName_;  // the "__func__" constant: immutable, so one serves every call
+  // A parameter named like the result or "__func__": then every call binds every name anew,
+  // in order, and the later binding wins as it would in a new script.
+  bool shadowed_ = false;
+  bool func_ = false;
   ValueRef* err_ = nullptr;
   ValueRef freshErr_;            // "err" as a new script has it
   std::vector<UString> locals_;  // names the body added during the call
   size_t names_ = 0;             // names in the table between calls
   uint64_t ownerObjects_ = 0;    // the owner's object-list epoch the frame last copied
+  uint64_t frameEpoch_ = 0;      // the procedure's epoch for frames between calls
 };
 
 }  // namespace lx

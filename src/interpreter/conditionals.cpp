@@ -49,7 +49,6 @@ UString bracketed(UStringView text) {
   return wrapped;
 }
 
-
 namespace {
 
 // An IF condition must come out as a Number; strings are not read as booleans. Answers false

@@ -143,9 +143,11 @@ void ScriptCore::mainLoop(PreparedLines& lines) {
   const bool compiled = !evaluating_ && !referenceEvaluator();
   uint64_t compiledLines = 0;
   uint64_t referenceLines = 0;
-  // Held while lines run: a watchdog that gave up on the run reads RESULT only once the run
-  // has stopped after its current line (Eval releases it around its own lines).
-  std::unique_lock lineLock(lineMutex_);
+  // Held while a root script's lines run: a watchdog that gave up on the run reads RESULT only
+  // once the run has stopped after its current line (Eval releases it around its own lines).
+  // No watchdog reads a procedure's frame.
+  std::unique_lock lineLock(lineMutex_, std::defer_lock);
+  if (!_owner) lineLock.lock();
   for (_curline = 0; _curline >= 0 && static_cast<size_t>(_curline) < lines.size(); ++_curline) {
     const auto index = static_cast<size_t>(_curline);
     // A reference: a handler that runs a nested evaluation swaps the prepared lines out and
@@ -167,7 +169,7 @@ void ScriptCore::mainLoop(PreparedLines& lines) {
     if (stopRequested()) break;
   }
   currentCode_ = nullptr;
-  lineLock.unlock();
+  if (lineLock.owns_lock()) lineLock.unlock();
   ScriptCore* root = getRootOwner();
   root->compiledLines_.fetch_add(compiledLines, std::memory_order_relaxed);
   root->referenceLines_.fetch_add(referenceLines, std::memory_order_relaxed);
@@ -386,11 +388,14 @@ void ScriptCore::evalLines(const LxBasicStringList& lines) {
   evaluating_ = true;
   setError(nullptr);
   // The evaluated line takes the lock of its own lines; release the enclosing line's.
-  lineMutex_.unlock();
+  std::timed_mutex* held = _owner ? nullptr : &lineMutex_;
+  if (held) held->unlock();
   struct Relock {
-    std::timed_mutex& m;
-    ~Relock() { m.lock(); }
-  } relock{lineMutex_};
+    std::timed_mutex* m;
+    ~Relock() {
+      if (m) m->lock();
+    }
+  } relock{held};
   // An evaluation nests a driver like a procedure call does, so it counts toward the same
   // depth limit and moves to a fresh stack when this one runs low.
   ScriptCore* root = getRootOwner();

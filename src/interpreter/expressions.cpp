@@ -1,5 +1,6 @@
 // Operands, operators and comparison.
 #include <cmath>
+#include <limits>
 
 #include "foundation/day_serial.h"
 #include "foundation/scanning.h"
@@ -61,6 +62,19 @@ Variant joined(const Variant& a, const Variant& b) {
 
 int32_t order(double l, double r) {
   return l > r ? 1 : r > l ? -1 : 0;
+}
+
+// A value compared with a number is read back from its text. For a number that text is the
+// shortest one that reads back exactly, so the number itself serves, except where the reading
+// differs: "nan" and "inf" read as 0, and a subnormal reads as an underflow, 0.
+double comparedNumber(const Variant& v) {
+  if (v.isNumber()) {
+    const double d = v.numberUnchecked().toDouble();
+    if (d == 0 || (std::isfinite(d) && std::fabs(d) >= std::numeric_limits<double>::min())) {
+      return d;
+    }
+  }
+  return doubleValue(toText(v));
 }
 
 }  // namespace
@@ -198,7 +212,7 @@ int32_t compareValues(const Variant& a, const Variant& b) {
       return c < 0 ? -1 : c > 0 ? 1 : 0;
     }
     case ValueKind::Number:
-      return order(a.number().toDouble(), doubleValue(toText(b)));
+      return order(a.numberUnchecked().toDouble(), comparedNumber(b));
     case ValueKind::Object:
       return -compareValues(b, Variant(toText(a)));
     case ValueKind::Array: {

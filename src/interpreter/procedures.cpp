@@ -4,6 +4,7 @@
 
 #include <pthread.h>
 
+#include <algorithm>
 #include <cstdint>
 
 #include "foundation/memory_budget.h"
@@ -44,9 +45,32 @@ LxBasicSub::LxBasicSub(ScriptCore* owner, UString name, std::vector<UString> par
                        UStringView body, bool func)
     : func_(func), name_(std::move(name)), params_(std::move(params)), owner_(owner) {
   if (!body.empty()) body_.setText(Variant(body));
+  nameBindings();
 }
 
-LxBasicSub::LxBasicSub(ScriptCore* owner) : owner_(owner) {}
+void LxBasicSub::nameBindings() {
+  boundNames_.clear();
+  auto add = [this](UStringView name) {
+    UString key = upperCase(name);
+    if (std::find(boundNames_.begin(), boundNames_.end(), key) == boundNames_.end()) {
+      boundNames_.push_back(std::move(key));
+    }
+  };
+  for (const UString& param : params_) add(param);
+  if (func_) {
+    add(name_);
+    add(u"result");
+    add(u"function");
+  }
+  add(u"__func__");
+  add(u"err");
+  frameEpoch_ = nextBindingEpoch();
+  frames_.clear();  // frames bind by these names
+}
+
+LxBasicSub::LxBasicSub(ScriptCore* owner) : owner_(owner) {
+  nameBindings();
+}
 LxBasicSub::~LxBasicSub() = default;
 
 CallResult LxBasicSub::run(std::span<const Variant> args, ErrorRef* error) {
@@ -58,17 +82,20 @@ CallResult LxBasicSub::run(std::span<const Variant> args, ErrorRef* error) {
   }
   if (owner_->referenceEvaluator()) return runAsChildScript(args, error);
 
-  std::unique_ptr<CallFrame> frame = takeFrame();
-  ScriptCore& child = frame->script();
-  // Held for the call: a body that grew while a call of it is active is prepared anew for
-  // later calls, never under this one.
-  std::shared_ptr<ProcedureBody> body = preparedBody(child);
-  ValueRef result;
+  CallFrame& frame = takeFrame();
+  struct GiveBack {
+    LxBasicSub& sub;
+    CallFrame& frame;
+    ~GiveBack() { sub.giveBack(frame); }
+  } giveBack{*this, frame};
+  ScriptCore& child = frame.script();
+  ProcedureBody* body = preparedBody(child);
+  const LxValue* result = nullptr;
   bool ran = true;
   if (body) {
-    result = frame->bind(args);
+    result = frame.bind(args);
     // An exception out of the body ends only the call; the caller gets what the function had.
-    auto run = [&child, &body] {
+    auto run = [&child, body] {
       try {
         child.runFrameBody(body->lines);
       } catch (...) {
@@ -78,11 +105,8 @@ CallResult LxBasicSub::run(std::span<const Variant> args, ErrorRef* error) {
     ran = runWithStackRoom(run);
     root->setStack(root->stack() - 1);
   }
-  ErrorRef inner = child.hasError() ? child.error() : nullptr;
-  Variant value = result ? result->data() : Variant();
-  result.reset();
-  giveBack(std::move(frame));
-  return finishCall(ran, inner, std::move(value), error);
+  return finishCall(ran, child.hasError() ? child.error() : nullptr,
+                    result ? result->data() : Variant(), error);
 }
 
 CallResult LxBasicSub::finishCall(bool ran, const ErrorRef& inner, Variant value,
@@ -127,35 +151,37 @@ CallResult LxBasicSub::runAsChildScript(std::span<const Variant> args, ErrorRef*
   return finishCall(ran, child->error(), result ? result->data() : Variant(), error);
 }
 
-const std::shared_ptr<ProcedureBody>& LxBasicSub::preparedBody(ScriptCore& frame) {
-  if (prepared_ && prepared_->sourceLines == body_.count()) return prepared_;
+ProcedureBody* LxBasicSub::preparedBody(ScriptCore& frame) {
+  if (prepared_ && prepared_->sourceLines == body_.count()) return prepared_.get();
+  // A body grows only while its definition is open, when nothing can call it; so no active
+  // call runs the lines replaced here.
   auto body = std::make_shared<ProcedureBody>();
   LxBasicStringList statements;
-  if (!frame.prepare(body_, statements, body->lines)) {
-    static const std::shared_ptr<ProcedureBody> none;
-    return none;
-  }
+  if (!frame.prepare(body_, statements, body->lines)) return nullptr;
   body->sourceLines = body_.count();
   prepared_ = std::move(body);
-  idle_.clear();  // their copies of the body text are out of date
-  return prepared_;
+  return prepared_.get();
 }
 
-std::unique_ptr<CallFrame> LxBasicSub::takeFrame() {
-  if (idle_.empty()) return std::make_unique<CallFrame>(*this, *owner_);
-  std::unique_ptr<CallFrame> frame = std::move(idle_.back());
-  idle_.pop_back();
-  return frame;
+CallFrame& LxBasicSub::takeFrame() {
+  if (activeFrames_ == frames_.size()) frames_.push_back(nullptr);
+  std::unique_ptr<CallFrame>& frame = frames_[activeFrames_];
+  if (!frame) frame = std::make_unique<CallFrame>(*this, *owner_);
+  ++activeFrames_;
+  return *frame;
 }
 
-void LxBasicSub::giveBack(std::unique_ptr<CallFrame> frame) {
-  // Enough for recursion a few dozen calls deep to make no new frames.
-  constexpr size_t kIdleFrames = 64;
-  if (frame->unbind() && idle_.size() < kIdleFrames) idle_.push_back(std::move(frame));
+void LxBasicSub::giveBack(CallFrame& frame) {
+  // Enough for recursion a few dozen calls deep to make no new frames; deeper ones are made
+  // per call.
+  constexpr size_t kKeptFrames = 64;
+  --activeFrames_;
+  if (!frame.unbind() || activeFrames_ >= kKeptFrames) frames_[activeFrames_].reset();
 }
 
 void LxBasicSub::releaseFrames() {
-  idle_.clear();
+  frames_.clear();
+  activeFrames_ = 0;
   prepared_.reset();
 }
 

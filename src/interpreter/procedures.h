@@ -48,10 +48,19 @@ class LxBasicSub {
   LxBasicStringList& body() noexcept { return body_; }
   const LxBasicStringList& body() const noexcept { return body_; }
   bool func() const noexcept { return func_; }
-  void setFunc(bool f) noexcept { func_ = f; }
+  void setFunc(bool f) {
+    func_ = f;
+    nameBindings();
+  }
   const UString& name() const noexcept { return name_; }
   const std::vector<UString>& params() const noexcept { return params_; }
   ScriptCore* owner() const noexcept { return owner_; }
+  // The upper-case names a call binds, each once: the parameters, for a function its name,
+  // "RESULT" and "FUNCTION", "__FUNC__", and "ERR", which each frame has a record of its own for.
+  const std::vector<UString>& boundNames() const noexcept { return boundNames_; }
+  // The variable-table epoch of every frame of this procedure between calls: their tables then
+  // differ only in the bound names, which compiled lines find by place, not by epoch.
+  uint64_t frameEpoch() const noexcept { return frameEpoch_; }
   // Drops the idle frames and the prepared body (which may refer back to this record).
   void releaseFrames();
 
@@ -61,20 +70,26 @@ class LxBasicSub {
   CallResult runAsChildScript(std::span<const Variant> args, ErrorRef* error);
   // The prepared body, prepared now when the body is new or has grown; nullptr when it cannot
   // be prepared (the frame's script then holds the error).
-  const std::shared_ptr<ProcedureBody>& preparedBody(ScriptCore& frame);
+  ProcedureBody* preparedBody(ScriptCore& frame);
   // The caller's view of a finished call: error 25 when no stack could be found for it, the
   // run's end on a stop, the body's error, or the value.
   CallResult finishCall(bool ran, const ErrorRef& inner, Variant value, ErrorRef* error) const;
-  std::unique_ptr<CallFrame> takeFrame();
-  void giveBack(std::unique_ptr<CallFrame> frame);
+  void nameBindings();
+  // Calls nest, so frames are taken and given back in stack order: the frame of the call at
+  // depth d (among this procedure's active calls) is frames_[d].
+  CallFrame& takeFrame();
+  void giveBack(CallFrame& frame);
 
   bool func_ = false;
   UString name_;  // upper case
   std::vector<UString> params_;
   LxBasicStringList body_;
   ScriptCore* owner_;  // the script that owns the procedure table; it outlives every call
+  std::vector<UString> boundNames_;
+  uint64_t frameEpoch_ = 0;
   std::shared_ptr<ProcedureBody> prepared_;
-  std::vector<std::unique_ptr<CallFrame>> idle_;  // the last one is used next
+  std::vector<std::unique_ptr<CallFrame>> frames_;
+  size_t activeFrames_ = 0;
 };
 
 class LxBasicSubs {

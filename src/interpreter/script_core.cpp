@@ -201,14 +201,20 @@ void ScriptCore::removeObj(int32_t index) {
 
 bool ScriptCore::getSel(const MethodInfo** method, ObjectRef* obj, UStringView name,
                         int32_t n) const {
-  for (const ObjectRef& candidate : _objs) {
-    if (const MethodInfo* m = findMethod(candidate->lxClass(), name, n)) {
+  const int32_t index = findSel(method, name, n);
+  if (index < 0) return false;
+  *obj = _objs[static_cast<size_t>(index)];
+  return true;
+}
+
+int32_t ScriptCore::findSel(const MethodInfo** method, UStringView name, int32_t n) const {
+  for (size_t i = 0; i < _objs.size(); ++i) {
+    if (const MethodInfo* m = findMethod(_objs[i]->lxClass(), name, n)) {
       *method = m;
-      *obj = candidate;
-      return true;
+      return static_cast<int32_t>(i);
     }
   }
-  return false;
+  return -1;
 }
 
 std::exception_ptr ScriptCore::lastException() const {

@@ -104,6 +104,9 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   void removeObj(int32_t index);
   // The first registered object with a method of that name and argument count.
   bool getSel(const MethodInfo** method, ObjectRef* obj, UStringView name, int32_t n) const;
+  // The same, answering the object's index in the list (-1: none). Scripts whose lists have
+  // the same classes at each index, such as a procedure's frames, find the same index.
+  int32_t findSel(const MethodInfo** method, UStringView name, int32_t n) const;
   LxBasicFunc& library() const noexcept { return *library_; }
   std::exception_ptr lastException() const;
   void clearLastException();
@@ -207,6 +210,16 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   // with error 37 or 36 set, when the text cannot be run (driver.cpp).
   bool prepare(const LxBasicStringList& source, LxBasicStringList& statements, PreparedLines& out);
 
+  // In a call frame: the upper-case names each call binds (parameters, the result's names,
+  // "__func__"), one list shared by every frame of a procedure, and this frame's table entries
+  // for them, which stay where they are while the frame lives. nullptr elsewhere.
+  const std::vector<UString>* boundNames() const noexcept { return boundNames_; }
+  const ValueRef& boundEntry(size_t i) const noexcept { return *boundEntries_[i]; }
+  void setBoundNames(const std::vector<UString>* names, ValueRef* const* entries) noexcept {
+    boundNames_ = names;
+    boundEntries_ = entries;
+  }
+
   // ---- procedures (procedures.cpp)
   // Runs a procedure body's prepared lines in this child script (a call frame).
   void runFrameBody(PreparedLines& lines) { mainLoop(lines); }
@@ -247,7 +260,11 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   uint64_t varsEpoch() const noexcept { return varsEpoch_; }
   uint64_t objsEpoch() const noexcept { return objsEpoch_; }
   void varsChanged() noexcept { varsEpoch_ = nextBindingEpoch(); }
-  void objsChanged() noexcept { objsEpoch_ = nextBindingEpoch(); }
+  // Call frames of one procedure share an epoch while their tables agree (see LxBasicSub).
+  void setVarsEpoch(uint64_t epoch) noexcept { varsEpoch_ = epoch; }
+  // A child whose object list has the same classes at each index as its owner's may share
+  // the owner's epoch (see findSel), so that what its lines found in one call holds in the next.
+  void setObjsEpoch(uint64_t epoch) noexcept { objsEpoch_ = epoch; }
 
   // ---- state shared with the statement sources
   ScriptCore* _owner = nullptr;
@@ -291,6 +308,8 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   std::atomic<bool> threadActive_{false};
   std::atomic<bool> referenceEvaluator_{false};
   std::vector<UString>* newNames_ = nullptr;
+  const std::vector<UString>* boundNames_ = nullptr;
+  ValueRef* const* boundEntries_ = nullptr;
   uint64_t varsEpoch_ = nextBindingEpoch();
   uint64_t objsEpoch_ = nextBindingEpoch();
   // The root script's hook; child scripts point at their root's.

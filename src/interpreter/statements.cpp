@@ -9,7 +9,6 @@
 
 namespace lx {
 
-
 bool ScriptCore::sendCounted(Object& target, const MethodInfo& method,
                              std::span<const Variant> args, CallResult* r) {
   // Calls made from a procedure's script count against the depth limit of the root script;
