@@ -103,8 +103,8 @@ LxBasicFunc::LxBasicFunc() {
 }
 
 // The predefined constants hold immutable numbers, so every script can share one set of
-// read-only slots: a script can neither assign them nor change their data, only replace its
-// own table entry. Building them once keeps procedure calls, which make a script each, cheap.
+// read-only slots: a script can neither assign them nor change their data, only hide them
+// under a variable of its own. Sharing them keeps making a script cheap.
 const std::vector<std::pair<UString, ValueRef>>& predefinedConstants() {
   static const auto slots = [] {
     std::vector<std::pair<UString, ValueRef>> made;
@@ -118,8 +118,7 @@ const std::vector<std::pair<UString, ValueRef>>& predefinedConstants() {
 
 void LxBasicFunc::initWithScript(LxBasicScript& script) {
   script_ = &script.core();
-  auto& vars = script_->getVars();
-  for (const auto& [name, slot] : predefinedConstants()) vars.insert_or_assign(name, slot);
+  script_->showConstants(ScriptCore::kLibraryConstants);
 }
 
 }  // namespace lx

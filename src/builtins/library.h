@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "lxbasic/bridge.h"
+#include "lxbasic/value.h"
 #include "lxbasic/variant.h"
 
 namespace lx {
@@ -14,7 +15,7 @@ class ScriptCore;
 class LxBasicFunc final : public Object, public ScriptAware {
  public:
   LxBasicFunc();
-  // Remembers the script and defines the 33 predefined constants in it.
+  // Remembers the script and shows it the predefined constants (predefinedConstants()).
   void initWithScript(LxBasicScript& script) override;
   ScriptCore* script() const noexcept { return script_; }
   std::string className() const override { return "LxBasicFunc"; }
@@ -25,5 +26,9 @@ class LxBasicFunc final : public Object, public ScriptAware {
  private:
   ScriptCore* script_ = nullptr;
 };
+
+// The library's predefined constants (vbOK, vbYesNo, ...): upper-case names and immutable
+// slots, made once and shared by every script.
+const std::vector<std::pair<UString, ValueRef>>& predefinedConstants();
 
 }  // namespace lx

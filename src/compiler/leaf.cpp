@@ -25,9 +25,7 @@ const ValueRef& lookupVariable(ScriptCore& script, const UString& key, VariableC
       }
       if (cache.bound >= 0) return script.boundEntry(static_cast<size_t>(cache.bound));
     }
-    auto& vars = script.getVars();
-    auto it = vars.find(key);
-    cache.slot = it == vars.end() ? nullptr : it->second;
+    cache.slot = script.variableSlot(key);
     cache.epoch = script.varsEpoch();
   }
   return cache.slot;

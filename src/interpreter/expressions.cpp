@@ -83,7 +83,7 @@ ValueRef ScriptCore::getValue(UStringView text) {
   pollStop();
   UString t = trim(text);
   const UString upper = upperCase(t);
-  if (auto it = _vars.find(upper); it != _vars.end()) return it->second;
+  if (const ValueRef& slot = variableSlot(upper)) return slot;
   if (!t.empty()) {
     const bool first = t.front() == u'"';
     const bool last = t.back() == u'"';

@@ -95,8 +95,7 @@ uint64_t LxBasicFor::epochOf(const ScriptCore& script) noexcept {
 
 LxValue* LxBasicFor::lookUp(const ScriptCore& script) const {
   // The record keeps the name upper-cased: the table's key as it is.
-  auto it = script._vars.find(var_);
-  slot_ = it == script._vars.end() ? nullptr : it->second.get();
+  slot_ = script.variableSlot(var_).get();
   epoch_ = script.varsEpoch();
   return slot_;
 }

@@ -49,30 +49,11 @@ void ScriptCore::adoptOwnerSettings() noexcept {
   if (dialogs_ != _owner->dialogs_) dialogs_ = _owner->dialogs_;
 }
 
-namespace {
-
-// null, nothing, empty, true and false: immutable, so shared by every script (see the
-// library's constants for why that is safe).
-const std::vector<std::pair<UString, ValueRef>>& scriptConstants() {
-  static const std::vector<std::pair<UString, ValueRef>> slots = {
-      {u"NULL", LxValue::make(Variant(), true)},
-      {u"NOTHING", LxValue::make(Variant(), true)},
-      {u"EMPTY", LxValue::make(Variant(), true)},
-      {u"TRUE", LxValue::make(Variant::boolean(true), true)},
-      {u"FALSE", LxValue::make(Variant::boolean(false), true)},
-  };
-  return slots;
-}
-
-}  // namespace
-
 void ScriptCore::initialise() {
-  _vars.reserve(64);
   library_ = std::make_shared<LxBasicFunc>();
   addObj(library_);
   addConstWithName(u"err", Variant(std::make_shared<LxError>(0, UString(), UString(), -1)));
-  for (const auto& [name, slot] : scriptConstants()) _vars.insert_or_assign(name, slot);
-  varsChanged();
+  showConstants(kScriptConstants);
 }
 
 void ScriptCore::setScript(const Variant& text) {
@@ -141,6 +122,7 @@ void ScriptCore::reset() {
   objsEpoch_ = nextBindingEpoch();
   _vars.clear();
   _objs.clear();
+  constantsShown_ = 0;
   _ifs.clear();
   _loops.clear();
   {
@@ -158,6 +140,7 @@ void ScriptCore::reset() {
 void ScriptCore::restart() {
   if (running()) throw InvalidArgumentException("restart: the script is running");
   _vars.clear();
+  constantsShown_ = 0;
   _objs.clear();
   _ifs.clear();
   _loops.clear();

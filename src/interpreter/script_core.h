@@ -244,6 +244,15 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
     return addVarWithName(name, value, true);
   }
   ValueRef getValueForVar(UStringView name) const;
+  // The slot an upper-case name has: the script's own variable, or else a predefined constant
+  // it can see; a null reference when neither.
+  const ValueRef& variableSlot(const UString& key) const;
+  // The predefined constants are one shared, immutable table that scripts read beneath their
+  // own variables: the library's (shown when a library object is registered) and null,
+  // nothing, empty, true and false (shown by init). Showing a part hides the script's own
+  // variables of those names, as defining the constants over them would; reset hides both.
+  enum ConstantParts : uint8_t { kLibraryConstants = 1, kScriptConstants = 2 };
+  void showConstants(uint8_t parts);
   // Names that addVarWithName adds from now on are also appended to *names (nullptr: none).
   void recordNewNames(std::vector<UString>* names) noexcept { newNames_ = names; }
   void removeVar(UStringView name);
@@ -308,6 +317,7 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   std::atomic<bool> threadActive_{false};
   std::atomic<bool> referenceEvaluator_{false};
   std::vector<UString>* newNames_ = nullptr;
+  uint8_t constantsShown_ = 0;  // ConstantParts
   const std::vector<UString>* boundNames_ = nullptr;
   ValueRef* const* boundEntries_ = nullptr;
   uint64_t varsEpoch_ = nextBindingEpoch();

@@ -1,6 +1,9 @@
 // The variable table, temporaries and arrays.
 #include <algorithm>
+#include <iterator>
+#include <unordered_map>
 
+#include "builtins/library.h"
 #include "foundation/scanning.h"
 #include "interpreter/rewriting.h"
 #include "interpreter/script_core.h"
@@ -30,9 +33,61 @@ ValueRef ScriptCore::addVarWithName(UStringView name, const Variant& value, bool
   return answer;
 }
 
+namespace {
+
+struct SharedConstant {
+  ValueRef slot;
+  uint8_t part;
+};
+
+// Immutable, so every script shares the same slots.
+const std::unordered_map<UString, SharedConstant>& sharedConstants() {
+  static const auto table = [] {
+    std::unordered_map<UString, SharedConstant> made;
+    for (const auto& [name, slot] : predefinedConstants()) {
+      made.emplace(name, SharedConstant{slot, ScriptCore::kLibraryConstants});
+    }
+    const std::pair<const char16_t*, Variant> own[] = {{u"NULL", Variant()},
+                                                       {u"NOTHING", Variant()},
+                                                       {u"EMPTY", Variant()},
+                                                       {u"TRUE", Variant::boolean(true)},
+                                                       {u"FALSE", Variant::boolean(false)}};
+    for (const auto& [name, value] : own) {
+      made.emplace(name, SharedConstant{LxValue::make(value, true), ScriptCore::kScriptConstants});
+    }
+    return made;
+  }();
+  return table;
+}
+
+const ValueRef kNoSlot;
+
+}  // namespace
+
+const ValueRef& ScriptCore::variableSlot(const UString& key) const {
+  if (auto it = _vars.find(key); it != _vars.end()) return it->second;
+  if (constantsShown_ != 0) {
+    const auto& constants = sharedConstants();
+    if (auto it = constants.find(key); it != constants.end() && (it->second.part & constantsShown_)) {
+      return it->second.slot;
+    }
+  }
+  return kNoSlot;
+}
+
+void ScriptCore::showConstants(uint8_t parts) {
+  const auto& constants = sharedConstants();
+  for (auto it = _vars.begin(); it != _vars.end();) {
+    const auto constant = constants.find(it->first);
+    const bool hidden = constant != constants.end() && (constant->second.part & parts);
+    it = hidden ? _vars.erase(it) : std::next(it);
+  }
+  constantsShown_ |= parts;
+  varsChanged();
+}
+
 ValueRef ScriptCore::getValueForVar(UStringView name) const {
-  auto it = _vars.find(upperCase(name));
-  return it == _vars.end() ? nullptr : it->second;
+  return variableSlot(upperCase(name));
 }
 
 void ScriptCore::removeVar(UStringView name) {
