@@ -129,6 +129,30 @@ class LX_API Variant {
 
  public:
   Variant() noexcept = default;
+  // Numbers, the commonest values, are copied and moved without visiting the alternatives.
+  Variant(const Variant& o) noexcept
+      : v_(o.v_.index() == 2 ? Storage(std::in_place_index<2>, *std::get_if<2>(&o.v_))
+                             : Storage(o.v_)) {}
+  Variant(Variant&& o) noexcept
+      : v_(o.v_.index() == 2 ? Storage(std::in_place_index<2>, *std::get_if<2>(&o.v_))
+                             : Storage(std::move(o.v_))) {}
+  Variant& operator=(const Variant& o) noexcept {
+    if (v_.index() == 2 && o.v_.index() == 2) {
+      *std::get_if<2>(&v_) = *std::get_if<2>(&o.v_);
+    } else {
+      v_ = o.v_;
+    }
+    return *this;
+  }
+  Variant& operator=(Variant&& o) noexcept {
+    if (v_.index() == 2 && o.v_.index() == 2) {
+      *std::get_if<2>(&v_) = *std::get_if<2>(&o.v_);
+    } else {
+      v_ = std::move(o.v_);
+    }
+    return *this;
+  }
+  ~Variant() = default;
   Variant(UString s);  // NOLINT(google-explicit-constructor): values convert freely
   Variant(const char16_t* s);
   Variant(UStringView s);
@@ -195,8 +219,9 @@ class LX_API Variant {
   LX_API std::string utf8Text() const;
   static constexpr ValueKind kKinds[] = {ValueKind::Empty,  ValueKind::String, ValueKind::Number,
                                          ValueKind::Object, ValueKind::Array,  ValueKind::Date};
-  std::variant<std::monostate, std::shared_ptr<const UString>, Number, ObjectRef, ArrayRef, Date>
-      v_;
+  using Storage = std::variant<std::monostate, std::shared_ptr<const UString>, Number, ObjectRef,
+                               ArrayRef, Date>;
+  Storage v_;
 };
 
 // A shared, mutable list. Reference semantics: every Variant that holds it sees changes.

@@ -809,8 +809,9 @@ ValueRef Expression::target(ScriptCore& script, Registers& regs) const {
   } else {
     slot = script.getValueForVar(*key);
   }
-  ScriptCore* root = script.getRootOwner();
-  if (!slot && root != &script) {
+  // Assignment falls back to the root script's variables; reading does not.
+  if (!slot && script.getOwner()) {
+    ScriptCore* root = script.getRootOwner();
     slot = cached ? lookupVariable(*root, *key, rootTargetCache_) : root->getValueForVar(*key);
   }
   if (!slot) script.setError(LxError::make(kVariableNotFound, original_, targetText_));

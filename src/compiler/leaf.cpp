@@ -15,19 +15,17 @@ const ValueRef kNoSlot;
 
 }  // namespace
 
-const ValueRef& lookupVariable(ScriptCore& script, const UString& key, VariableCache& cache) {
-  if (cache.epoch != script.varsEpoch()) {
-    if (const std::vector<UString>* names = script.boundNames()) {
-      if (cache.boundNames != names) {
-        const auto at = std::find(names->begin(), names->end(), key);
-        cache.bound = at == names->end() ? -1 : static_cast<int32_t>(at - names->begin());
-        cache.boundNames = names;
-      }
-      if (cache.bound >= 0) return script.boundEntry(static_cast<size_t>(cache.bound));
+const ValueRef& lookupVariableAgain(ScriptCore& script, const UString& key, VariableCache& cache) {
+  if (const std::vector<UString>* names = script.boundNames()) {
+    if (cache.boundNames != names) {
+      const auto at = std::find(names->begin(), names->end(), key);
+      cache.bound = at == names->end() ? -1 : static_cast<int32_t>(at - names->begin());
+      cache.boundNames = names;
     }
-    cache.slot = script.variableSlot(key);
-    cache.epoch = script.varsEpoch();
+    if (cache.bound >= 0) return script.boundEntry(static_cast<size_t>(cache.bound));
   }
+  cache.slot = script.variableSlot(key);
+  cache.epoch = script.varsEpoch();
   return cache.slot;
 }
 

@@ -58,8 +58,13 @@ struct VariableCache {
   const std::vector<UString>* boundNames = nullptr;
   int32_t bound = -1;  // the name's index in boundNames, -1 for none
 };
+const ValueRef& lookupVariableAgain(ScriptCore& script, const UString& key, VariableCache& cache);
 // The slot the upper-cased name has in the script's own table, or nullptr.
-const ValueRef& lookupVariable(ScriptCore& script, const UString& key, VariableCache& cache);
+inline const ValueRef& lookupVariable(ScriptCore& script, const UString& key,
+                                      VariableCache& cache) {
+  if (cache.epoch == script.varsEpoch()) return cache.slot;
+  return lookupVariableAgain(script, key, cache);
+}
 
 class Leaf {
  public:

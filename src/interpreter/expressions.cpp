@@ -125,8 +125,9 @@ ValueRef ScriptCore::operateWithSign(char16_t op, const LxValue& a, const LxValu
 }
 
 Variant ScriptCore::operate(char16_t op, const Variant& a, const Variant& b) {
-  pollStop();
   // Two numbers: the common case, answered before the kind rules below (which give the same).
+  // It takes constant time, so only the other cases, which may copy long texts or arrays,
+  // look for a stop request first.
   if (a.isNumber() && b.isNumber()) {
     const double x = a.number().toDouble();
     const double y = b.number().toDouble();
@@ -141,6 +142,7 @@ Variant ScriptCore::operate(char16_t op, const Variant& a, const Variant& b) {
         break;
     }
   }
+  pollStop();
   const ValueKind ka = a.kind();
   const ValueKind kb = b.kind();
   const bool textual =
