@@ -28,6 +28,10 @@ void printHelp() {
       "                     seconds (0 or more); the run then ends with error 31\n"
       "                     \"Script execution time is out\". Without it the script\n"
       "                     may run for as long as it likes.\n"
+      "  --memory-limit MIB (or --memory-limit=MIB) let the script hold at most MIB\n"
+      "                     mebibytes of strings, arrays and source (default 1024; 0 for\n"
+      "                     no limit); beyond it the run ends with error 36 \"Out of\n"
+      "                     memory\", which ON ERROR RESUME NEXT can trap\n"
       "  --gui              show MsgBox and InputBox as windows (needs a display)\n"
       "  --console          show MsgBox and InputBox on the terminal: the text goes to\n"
       "                     standard error, the answer is read from standard input\n"
@@ -78,6 +82,19 @@ int32_t parseSeconds(std::string_view text) {
                      std::string(text) + "\"");
   }
   return seconds;
+}
+
+// Whole, non-negative mebibytes whose byte count fits 64 bits.
+int64_t parseMebibytes(std::string_view text) {
+  int64_t mib = 0;
+  auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), mib);
+  constexpr int64_t kMost = std::numeric_limits<int64_t>::max() >> 20;
+  if (text.empty() || ec != std::errc() || end != text.data() + text.size() || mib < 0 ||
+      mib > kMost) {
+    throw usageError("--memory-limit needs a whole number of MiB from 0 to " +
+                     std::to_string(kMost) + ", not \"" + std::string(text) + "\"");
+  }
+  return mib;
 }
 
 void setDialogMode(Options& options, DialogMode mode, std::string_view option) {
@@ -132,6 +149,12 @@ Options parseArguments(std::span<char* const> args, bool interactiveTerminal) {
       options.timeout = parseSeconds(args[++i]);
     } else if (arg.starts_with("--timeout=")) {
       options.timeout = parseSeconds(arg.substr(std::string_view("--timeout=").size()));
+    } else if (arg == "--memory-limit") {
+      if (i + 1 == args.size()) throw usageError("--memory-limit needs a number of MiB");
+      options.memoryLimitMiB = parseMebibytes(args[++i]);
+    } else if (arg.starts_with("--memory-limit=")) {
+      options.memoryLimitMiB =
+          parseMebibytes(arg.substr(std::string_view("--memory-limit=").size()));
     } else {
       throw usageError("unknown option \"" + std::string(arg) + "\"");
     }

@@ -19,6 +19,7 @@ enum ExitStatus : int {
 };
 
 inline constexpr const char* kProgram = "lxbasic";
+inline constexpr int64_t kDefaultMemoryLimitMiB = 1024;
 
 enum class DialogMode { Automatic, Graphical, Console };
 enum class Action { Run, Check, Interactive, Help, Version };
@@ -26,6 +27,8 @@ enum class Action { Run, Check, Interactive, Help, Version };
 struct Options {
   Action action = Action::Run;
   std::optional<int32_t> timeout;
+  // Memory the script may hold, in MiB; 0 is no limit.
+  int64_t memoryLimitMiB = kDefaultMemoryLimitMiB;
   bool reference = false;
   bool stats = false;
   bool plainLog = false;

@@ -52,6 +52,7 @@ lx::Variant wordsArray(const std::vector<std::string>& words) {
 void prepareScript(lx::LxBasicScript& script, const Options& options) {
   script.setDialogProvider(chooseDialogs(options.dialogs));
   if (options.timeout) script.setTimeout(*options.timeout);
+  script.setMemoryLimit(options.memoryLimitMiB << 20);
   script.setReferenceEvaluator(options.reference);
   script.addVarWithName(u"ARGS", wordsArray(options.scriptWords));
 }

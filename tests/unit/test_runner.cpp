@@ -216,6 +216,24 @@ TEST_F(RunnerTest, TimeLimitStopsAnEndlessLoopAfterAboutThatLong) {
   EXPECT_LT(o.seconds, 5.0);
 }
 
+TEST_F(RunnerTest, MemoryLimitEndsAGreedyScriptWithErrorThirtySix) {
+  // 12 million characters: 24 MB of text, over a 16 MiB limit and well under the default.
+  fs::path script = writeFile("greedy.bas", "DIM s = Space(12000000)\nDIM RESULT = Len(s)\n");
+  Outcome limited = run({"--console", "--memory-limit", "16", script.string()});
+  EXPECT_EQ(limited.status, 1);
+  EXPECT_NE(limited.err.find("Error #36"), std::string::npos) << limited.err;
+  EXPECT_NE(limited.err.find("Out of memory"), std::string::npos) << limited.err;
+  Outcome roomy = run({"--console", script.string()});
+  EXPECT_EQ(roomy.status, 0) << roomy.err;
+  EXPECT_EQ(roomy.out, "12000000\n");
+  EXPECT_EQ(run({"--console", "--memory-limit=0", script.string()}).status, 0);
+  for (const char* bad : {"--memory-limit=-1", "--memory-limit=lots", "--memory-limit="}) {
+    Outcome o = run({bad, script.string()});
+    EXPECT_EQ(o.status, 2) << bad;
+    EXPECT_NE(o.err.find("--memory-limit needs a whole number of MiB"), std::string::npos) << o.err;
+  }
+}
+
 TEST_F(RunnerTest, InformationalOptionsAnswerAndExitZero) {
   Outcome version = run({"--version"});
   EXPECT_EQ(version.status, 0);
@@ -223,7 +241,8 @@ TEST_F(RunnerTest, InformationalOptionsAnswerAndExitZero) {
 
   Outcome help = run({"--help"});
   EXPECT_EQ(help.status, 0);
-  for (const char* topic : {"--timeout SECONDS", "--gui", "--console", "Exit status", "RESULT"}) {
+  for (const char* topic :
+       {"--timeout SECONDS", "--memory-limit MIB", "--gui", "--console", "Exit status", "RESULT"}) {
     EXPECT_NE(help.out.find(topic), std::string::npos) << topic;
   }
 }
