@@ -11,33 +11,12 @@
 
 #include "interpreter/script_core.h"
 #include "lxbasic/bridge.h"
+#include "support/both_modes.h"
 #include "support/run.h"
 
 namespace {
 
-struct Outcome {
-  std::u16string text;
-  int32_t code;
-  std::string description;
-};
-
-Outcome runIn(std::u16string_view script, bool reference) {
-  lx::LxBasicScript s;
-  s.setReferenceEvaluator(reference);
-  auto o = lxtest::run(s, std::u16string(u"DIM RESULT\n") + std::u16string(script));
-  return {o.text(), o.code(), o.description()};
-}
-
-// Both modes agree; answers the frames' run.
-Outcome same(std::u16string_view script) {
-  Outcome fast = runIn(script, false);
-  Outcome slow = runIn(script, true);
-  const std::string shown = lx::toUtf8(std::u16string(script));
-  EXPECT_EQ(fast.text, slow.text) << shown;
-  EXPECT_EQ(fast.code, slow.code) << shown;
-  EXPECT_EQ(fast.description, slow.description) << shown;
-  return fast;
-}
+using lxtest::same;
 
 TEST(CallFrames, NothingOfOneCallReachesTheNext) {
   struct Case {
@@ -62,7 +41,7 @@ TEST(CallFrames, NothingOfOneCallReachesTheNext) {
        u"12"},
   };
   for (const Case& c : cases) {
-    const Outcome r = same(c.script);
+    const lxtest::ModeRun r = same(c.script);
     EXPECT_EQ(r.code, 0) << lx::toUtf8(std::u16string(c.script)) << ": " << r.description;
     EXPECT_EQ(r.text, c.text) << lx::toUtf8(std::u16string(c.script));
   }
@@ -82,8 +61,8 @@ TEST(CallFrames, ACallLeftByExitOrAnErrorLeavesNoStateBehind) {
     const std::u16string alone = std::u16string(body) + u"P(2)";
     const std::u16string after =
         std::u16string(body) + u"ON ERROR RESUME NEXT\nP(1)\nON ERROR GOTO 0\nP(2)";
-    const Outcome a = same(alone);
-    const Outcome b = same(after);
+    const lxtest::ModeRun a = same(alone);
+    const lxtest::ModeRun b = same(after);
     EXPECT_EQ(a.code, b.code) << lx::toUtf8(std::u16string(body));
     EXPECT_EQ(a.description, b.description) << lx::toUtf8(std::u16string(body));
     EXPECT_EQ(a.text, b.text) << lx::toUtf8(std::u16string(body));

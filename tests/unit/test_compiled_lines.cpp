@@ -9,81 +9,59 @@
 
 #include "interpreter/script_core.h"
 #include "lxbasic/bridge.h"
+#include "support/both_modes.h"
 #include "support/run.h"
 
 namespace {
 
-struct Run {
-  std::u16string text;
-  int32_t kind;
-  int32_t code;
-  std::string description;
-};
-
-Run runIn(std::u16string_view script, bool reference) {
-  lx::LxBasicScript s;
-  s.setReferenceEvaluator(reference);
-  auto o = lxtest::run(s, std::u16string(u"DIM RESULT\n") + std::u16string(script));
-  return {o.text(), static_cast<int32_t>(o.result.kind()), o.code(), o.description()};
-}
-
-// Both modes agree; answers the compiled run for further checks.
-Run same(std::u16string_view script) {
-  Run fast = runIn(script, false);
-  Run slow = runIn(script, true);
-  EXPECT_EQ(fast.text, slow.text) << lx::toUtf8(std::u16string(script));
-  EXPECT_EQ(fast.kind, slow.kind) << lx::toUtf8(std::u16string(script));
-  EXPECT_EQ(fast.code, slow.code) << lx::toUtf8(std::u16string(script));
-  EXPECT_EQ(fast.description, slow.description) << lx::toUtf8(std::u16string(script));
-  return fast;
-}
+using lxtest::same;
 
 TEST(CompiledLines, OperatorsAndOperandsAsTheTextReadsThem) {
   const char16_t* cases[] = {
       u"RESULT = 2 + 3 * 4 - 10 / 4 ^ 2",
       u"RESULT = -5 + 2",
-      u"DIM x = 3\nRESULT = -x",                       // a sign before a name is no operand
-      u"RESULT = 2 * -3",                              // nothing between two operators
+      u"DIM x = 3\nRESULT = -x",  // a sign before a name is no operand
+      u"RESULT = 2 * -3",         // nothing between two operators
       u"RESULT = \"a\" & 1 + 2",
-      u"RESULT = \"3\" * 2",                           // a date: the left kind decides
-      u"RESULT = 7 \\ 0",                              // the error, and the line goes on
+      u"RESULT = \"3\" * 2",  // a date: the left kind decides
+      u"RESULT = 7 \\ 0",     // the error, and the line goes on
       u"DIM a = 1\nRESULT = a / 0 + 5",
       u"RESULT = \"a+b\" & \"\"\"q\"\"\"",
       u"RESULT = &HFF + &o17 + &HZZ",
       u"RESULT = 1e3 + .5 + 12abc",
-      u"RESULT = \"abc",                               // a lone quote
+      u"RESULT = \"abc",  // a lone quote
       u"RESULT = y",
       u"RESULT = y + 1",
-      u"DIM 2 = 5\nRESULT = 2 + 2",                    // digits can name a variable
+      u"DIM 2 = 5\nRESULT = 2 + 2",  // digits can name a variable
       u"RESULT = Len(\"abc\") + InStr(\"abcabc\", \"c\")",
       u"RESULT = Nope(1)",
       u"RESULT = release(1)",
       u"RESULT = Len(1, 2)",
       u"RESULT = (1 + 2) * (3 + 4)",
       u"DIM x = 4\nRESULT = ((x))",
-      u"DIM color = 2\nRESULT = (color + 1)",          // \"or\" inside a name makes a condition
+      u"DIM color = 2\nRESULT = (color + 1)",  // \"or\" inside a name makes a condition
       u"RESULT = (1 < 2 AND 3 > 4 OR 1 = 1)",
-      u"DIM s = \"x\"\nRESULT = (s = \"a<b\")",          // signs are found inside strings
+      u"DIM s = \"x\"\nRESULT = (s = \"a<b\")",  // signs are found inside strings
       u"RESULT = (1 == 1)",
-      u"RESULT = (Array(1) < 2)",                      // an exception becomes a syntax error
+      u"RESULT = (Array(1) < 2)",  // an exception becomes a syntax error
       u"RESULT = 1 + 2)",
       u"RESULT = (1 + 2",
       u"DIM a(2)\na(1) = 5\nRESULT = a(1) + a(2)",
       u"DIM a(2)\nRESULT = a(3)",
       u"DIM m(1, 1)\nm(1, 0) = 7\nRESULT = m(1, 0) & m(0)",
-      u"DIM v = 1\nRESULT = v(0)",                      // a non-array gives Empty
+      u"DIM v = 1\nRESULT = v(0)",  // a non-array gives Empty
       // an element of a non-array is a fresh slot, which the comparison must keep alive
       u"DIM v = 1, t = \"a\"\"b\"\nRESULT = (v(0) >= 2.5 & t)",
   };
   for (const char16_t* c : cases) same(c);
   // A bracket right after a bracket names the temporary in its message: both fail alike, with
   // names of their own.
-  EXPECT_EQ(runIn(u"RESULT = Len(\"a\")(1)", false).code, 3);
-  EXPECT_EQ(runIn(u"RESULT = Len(\"a\")(1)", true).code, 3);
+  EXPECT_EQ(lxtest::runInMode(u"RESULT = Len(\"a\")(1)", false).code, 3);
+  EXPECT_EQ(lxtest::runInMode(u"RESULT = Len(\"a\")(1)", true).code, 3);
   // So does a name or number right after a bracket, which runs into the temporary's name.
-  EXPECT_EQ(runIn(u"RESULT = Len(\"a\")2 + 1", false).code, 3);
-  EXPECT_EQ(runIn(u"RESULT = Len(\"a\")2 + 1", true).code, 3);
-  EXPECT_EQ(runIn(u"RESULT = Len(\"a\")33333333333333333333", false).code, 3);
+  EXPECT_EQ(lxtest::runInMode(u"RESULT = Len(\"a\")2 + 1", false).code, 3);
+  EXPECT_EQ(lxtest::runInMode(u"RESULT = Len(\"a\")2 + 1", true).code, 3);
+  EXPECT_EQ(lxtest::runInMode(u"RESULT = Len(\"a\")33333333333333333333", false).code, 3);
 }
 
 TEST(CompiledLines, AssignmentTargets) {
@@ -91,12 +69,12 @@ TEST(CompiledLines, AssignmentTargets) {
       u"CONST c = 1\nc = 2",
       u"DIM i\nFOR i = 1 TO 2\ni = 5\nNEXT",
       u"x = 1",
-      u"DIM x\n(x) = 3\nRESULT = x",                     // a bracket answering a name
+      u"DIM x\n(x) = 3\nRESULT = x",  // a bracket answering a name
       u"DIM a(1)\na(0) = 2\na(0) = a(0) * 3\nRESULT = a(0)",
-      u"Len(\"ab\") = 3\nRESULT = 1",                    // assigns into the call's answer
+      u"Len(\"ab\") = 3\nRESULT = 1",  // assigns into the call's answer
       u"EXIT=5\nRESULT = 1",
       u"DIM x\nx = Len(\"ab\" = 1)",
-      u"DIM x, y\nRESULT = Len(x = 3) & x",            // an assignment inside an argument
+      u"DIM x, y\nRESULT = Len(x = 3) & x",  // an assignment inside an argument
   };
   for (const char16_t* c : cases) same(c);
 }
@@ -117,7 +95,7 @@ TEST(CompiledLines, EvaluationOrderAndLateReads) {
 
 TEST(CompiledLines, ErrorsAndSignals) {
   const char16_t* cases[] = {
-      u"ON ERROR RESUME NEXT\nRESULT = 1 / 0\nRESULT = RESULT & nope",   // a stale error
+      u"ON ERROR RESUME NEXT\nRESULT = 1 / 0\nRESULT = RESULT & nope",  // a stale error
       u"ON ERROR RESUME NEXT\nx = 1\nRESULT = err.Number",
       u"DIM i\nFOR i = 1 TO 5\nIF i = 3 THEN EXIT FOR\nNEXT\nRESULT = i",
       u"DIM i, n\nFOR i = 1 TO 5\nIF i = 3 THEN CONTINUE FOR\nn = n + i\nNEXT\nRESULT = n",
@@ -138,9 +116,10 @@ TEST(CompiledLines, LoopsAndConditionals) {
       u"DIM n = 0\nWHILE n < 5\nn = n + 2\nWEND\nRESULT = n",
       u"DIM n = 0\nDO\nn = n + 1\nLOOP UNTIL n >= 3\nRESULT = n",
       u"DIM n = 0\nDO WHILE n < 4\nn = n + 1\nIF n = 2 THEN EXIT DO\nLOOP\nRESULT = n",
-      u"DIM a = 2\nIF a = 1 THEN\nRESULT = 1\nELSE\nIF a = 2 THEN RESULT = 2 ELSE RESULT = 3\nEND IF",
+      u"DIM a = 2\nIF a = 1 THEN\nRESULT = 1\nELSE\nIF a = 2 THEN RESULT = 2 ELSE RESULT = 3\nEND "
+      u"IF",
       u"DIM i, j = 1\nFOR i = j TO j + 2\nj = 10\nNEXT\nRESULT = i & j",
-      u"DIM n = 0.5\nWHILE n\nn = 0\nWEND\nRESULT = n",     // conditions read the leading integer
+      u"DIM n = 0.5\nWHILE n\nn = 0\nWEND\nRESULT = n",  // conditions read the leading integer
   };
   for (const char16_t* c : cases) same(c);
 }
