@@ -1,5 +1,6 @@
 // SUB and FUNCTION: definitions are collected by the driver into a body; a call runs that
-// body as a child script on the calling thread, so that a call costs no thread switch.
+// body in a child script on the calling thread, so that a call costs no thread switch. The
+// body is prepared once and the child scripts are kept as frames, one per active call.
 #include "interpreter/procedures.h"
 
 #include <pthread.h>

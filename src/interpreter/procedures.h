@@ -1,5 +1,6 @@
-// User procedures (SUB and FUNCTION): the procedure record, which runs one call as a child
-// script, and the procedure table that a script shares with all its children.
+// User procedures (SUB and FUNCTION): the procedure record, which runs each call in a child
+// script (a call frame, kept between calls), and the procedure table that a script shares
+// with all its children.
 #pragma once
 
 #include <cstdint>
@@ -42,7 +43,8 @@ class LxBasicSub {
 
   // One call: the function's result (Empty for a sub), or argumentMismatch when the argument
   // count differs from the parameter count. A body that fails leaves its error (code,
-  // message, line text) in *error and answers Empty.
+  // message, line text) in *error and answers Empty. On the reference evaluator the call gets
+  // a child script made for it alone; otherwise one of the record's frames.
   CallResult run(std::span<const Variant> args, ErrorRef* error);
 
   LxBasicStringList& body() noexcept { return body_; }
