@@ -114,9 +114,10 @@ Variant Join1(LxBasicFunc& lib, const Variant& arr) {
 // A count of 0 turns off the only way Split's loop ends: once the text is used up, it goes on
 // appending empty pieces until the run is stopped (terminate or the time limit). So that this
 // cannot exhaust the host's memory first, at most kMaxIdlePieces pieces that consume no text
-// are appended; after that Split only waits, sleeping, for the stop request. Without a script
-// (a direct call) nothing could ever stop it, so it answers the pieces made so far.
-constexpr int64_t kMaxIdlePieces = 1'000'000;
+// are appended; after that Split only waits, sleeping, for the stop request. The cap is low
+// enough that the pieces are made, and freed after the stop, in a few milliseconds. Without a
+// script (a direct call) nothing could ever stop it, so it answers the pieces made so far.
+constexpr int64_t kMaxIdlePieces = 65'536;
 constexpr int64_t kStopCheckInterval = 4096;
 
 bool stopRequested(const LxBasicFunc& lib) {
