@@ -25,7 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static const auto dialogs = std::make_shared<NobodyThere>();
   lx::LxBasicScript script;
   script.setDialogProvider(dialogs);
-  script.setMemoryLimit(int64_t{64} << 20);
+  script.setMemoryLimit(int64_t{32} << 20);
   script.setTimeLimit(std::chrono::milliseconds(300));
   script.setScript(std::string_view(reinterpret_cast<const char*>(data), size));
   try {
