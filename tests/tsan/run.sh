@@ -14,10 +14,8 @@ cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DLX_TSAN=ON \
   -DLX_WITH_FLTK=OFF $launcher >/dev/null
 cmake --build "$build" -j2 --target test_hostile test_threads test_interpreter_driver
 
-# halt_on_error: the first race fails the run. The lock-order checker is off: every level
-# of a deep procedure chain holds its own line lock, more than the checker can track (64),
-# and those locks are only ever taken from the outside in.
-export TSAN_OPTIONS="halt_on_error=1 detect_deadlocks=0 ${TSAN_OPTIONS:-}"
+# halt_on_error: the first race fails the run.
+export TSAN_OPTIONS="halt_on_error=1 ${TSAN_OPTIONS:-}"
 cd "$build"
 # The hostile tests that cross threads; the others measure time and memory, which the
 # instrumented build distorts.
