@@ -129,13 +129,9 @@ class LX_API Variant {
 
  public:
   Variant() noexcept = default;
-  // Numbers, the commonest values, are copied and moved without visiting the alternatives.
-  Variant(const Variant& o) noexcept
-      : v_(o.v_.index() == 2 ? Storage(std::in_place_index<2>, *std::get_if<2>(&o.v_))
-                             : Storage(o.v_)) {}
-  Variant(Variant&& o) noexcept
-      : v_(o.v_.index() == 2 ? Storage(std::in_place_index<2>, *std::get_if<2>(&o.v_))
-                             : Storage(std::move(o.v_))) {}
+  Variant(const Variant& o) noexcept = default;
+  Variant(Variant&& o) noexcept = default;
+  // A number over a number, the commonest assignment, without visiting the alternatives.
   Variant& operator=(const Variant& o) noexcept {
     if (v_.index() == 2 && o.v_.index() == 2) {
       *std::get_if<2>(&v_) = *std::get_if<2>(&o.v_);

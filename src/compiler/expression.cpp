@@ -907,7 +907,11 @@ void Expression::runStatement(ScriptCore& script, Registers& regs) const {
     Result& r = regs[final_.reg];
     if (r.kind == Result::Kind::Value || r.kind == Result::Kind::Slot) {
       if (!checkTarget(script, *slot)) return;
-      slot->setData(r.kind == Result::Kind::Value ? std::move(r.value) : r.slot().data());
+      if (r.kind == Result::Kind::Value) {
+        slot->setData(std::move(r.value));
+      } else {
+        slot->setData(r.slot().data());
+      }
       return;
     }
   }

@@ -47,14 +47,14 @@ const std::unordered_map<UString, SharedConstant>& sharedConstants() {
     for (const auto& [name, slot] : predefinedConstants()) {
       made.emplace(name, SharedConstant{slot, ScriptCore::kLibraryConstants});
     }
-    const std::pair<const char16_t*, Variant> own[] = {{u"NULL", Variant()},
-                                                       {u"NOTHING", Variant()},
-                                                       {u"EMPTY", Variant()},
-                                                       {u"TRUE", Variant::boolean(true)},
-                                                       {u"FALSE", Variant::boolean(false)}};
-    for (const auto& [name, value] : own) {
-      made.emplace(name, SharedConstant{LxValue::make(value, true), ScriptCore::kScriptConstants});
-    }
+    auto own = [&made](const char16_t* name, ValueRef slot) {
+      made.emplace(name, SharedConstant{std::move(slot), ScriptCore::kScriptConstants});
+    };
+    own(u"NULL", LxValue::make(Variant(), true));
+    own(u"NOTHING", LxValue::make(Variant(), true));
+    own(u"EMPTY", LxValue::make(Variant(), true));
+    own(u"TRUE", LxValue::make(Variant::boolean(true), true));
+    own(u"FALSE", LxValue::make(Variant::boolean(false), true));
     return made;
   }();
   return table;
@@ -68,7 +68,8 @@ const ValueRef& ScriptCore::variableSlot(const UString& key) const {
   if (auto it = _vars.find(key); it != _vars.end()) return it->second;
   if (constantsShown_ != 0) {
     const auto& constants = sharedConstants();
-    if (auto it = constants.find(key); it != constants.end() && (it->second.part & constantsShown_)) {
+    if (auto it = constants.find(key);
+        it != constants.end() && (it->second.part & constantsShown_)) {
       return it->second.slot;
     }
   }
