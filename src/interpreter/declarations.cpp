@@ -182,6 +182,8 @@ void ScriptCore::parseReDim(const UString& line) {
         return;
       }
     }
+    // No bounds for a value that is no array: no dimensions, no lists to refill.
+    if (lengths.empty()) continue;
     const int32_t last = lengths.back();
     if (last < 0) {
       setError(LxError::make(kIllegalArrayInit, line));

@@ -72,6 +72,9 @@ TEST(ReDim, ResizesOnlyTheLastDimension) {
   EXPECT_EQ(result(u"DIM m(1, 2)\nREDIM m(1, 4)\nRESULT = UBound(m, 2)"), u"4");
   EXPECT_EQ(code(u"DIM a(2)\nREDIM a(-1)"), 19);
   EXPECT_EQ(code(u"DIM a(2)\nREDIM a(2"), 2);
+  // No bounds on something that is no array: no dimensions on either side, nothing to do.
+  EXPECT_EQ(code(u"DIM x = 1\nREDIM x()\nREDIM a = Array()"), 0);
+  EXPECT_EQ(code(u"DIM a(2)\nREDIM a()"), 29);
 }
 
 TEST(ReDim, LastBoundThatWrapsIsRefusedAndChangesNothing) {
