@@ -50,6 +50,20 @@ CallFrame::CallFrame(const LxBasicSub& sub, ScriptCore& owner)
 
 CallFrame::~CallFrame() = default;
 
+void CallFrame::renewErr() {
+  if (*err_ != freshErr_) *err_ = freshErr_;  // the body failed, or a parameter is named err
+  // Scripts can Raise and Clear the record, and keep it: it serves the next call only when
+  // nothing else holds it and it is as a new script has it.
+  const ObjectRef& held = freshErr_->data().objectUnchecked();
+  const auto* record = dynamic_cast<const LxError*>(held.get());
+  const bool untouched = freshErr_.use_count() == 2 && held.use_count() == 1 && record &&
+                         record->code() == 0 && record->desc().empty() && record->line().empty() &&
+                         record->lineNumber() == -1;
+  if (untouched) return;
+  freshErr_ = LxValue::make(Variant(std::make_shared<LxError>(0, UString(), UString(), -1)), true);
+  *err_ = freshErr_;
+}
+
 void CallFrame::vacate(ValueRef& entry) {
   if (!entry) return;
   if (entry.use_count() == 1) {
@@ -126,7 +140,7 @@ bool CallFrame::unbind() {
     }
   }
   if (*funcEntry_ != funcName_) *funcEntry_ = funcName_;
-  if (*err_ != freshErr_) *err_ = freshErr_;  // a parameter may be named err
+  renewErr();
   s.getObjs().resize(1);
   if (!s.library().objects.empty()) s.library().objects.clear();
   s._ifs.clear();

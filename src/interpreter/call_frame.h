@@ -40,6 +40,8 @@ class CallFrame {
   // left to whoever else holds it (an array may hold an argument's slot).
   static void vacate(ValueRef& entry);
   void bindResult();
+  // Gives the next call an "err" record of its own unless the last one is still untouched.
+  void renewErr();
 
   std::shared_ptr<ScriptCore> script_;
   ScriptCore& owner_;

@@ -32,6 +32,12 @@ TEST(CallFrames, NothingOfOneCallReachesTheNext) {
       {u"FUNCTION E(a)\nIF a = 1 THEN z = nope\nE = Number@(err)\nEND FUNCTION\n"
        u"ON ERROR RESUME NEXT\nDIM q = E(1)\nON ERROR GOTO 0\nRESULT = E(2)",
        u"0"},
+      // err raised or cleared in one call, or kept by the script, is not the next call's err
+      {u"FUNCTION F(p)\nF = Number@(err)\nRaise@(err, 7)\nEND FUNCTION\nRESULT = F(1) & F(2)",
+       u"00"},
+      {u"DIM g\nFUNCTION F(p)\nF = 1\ng = err\nEND FUNCTION\nDIM x = F(1) + F(2)\n"
+       u"FUNCTION R()\nRaise@(err, 9)\nEND FUNCTION\nx = R()\nRESULT = Number@(g)",
+       u"0"},
       // the same parameter slot holds each call's argument, not an earlier one
       {u"FUNCTION Id(x)\nId = x\nEND FUNCTION\nRESULT = Id(\"a\") & Id(2) & Id(\"\") & Id(3)",
        u"a23"},
