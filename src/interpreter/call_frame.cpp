@@ -15,7 +15,7 @@ CallFrame::CallFrame(const LxBasicSub& sub, ScriptCore& owner)
   s.getScript() = sub.body();  // its line tags say where each body line came from
   auto& vars = s.getVars();
   err_ = &vars.find(u"ERR")->second;
-  freshErr_ = *err_;
+  makeErr();
   funcName_ = LxValue::make(Variant(sub.name()), true);
   frameEpoch_ = sub.frameEpoch();
   const std::vector<UString>& names = sub.boundNames();
@@ -54,13 +54,18 @@ void CallFrame::renewErr() {
   if (*err_ != freshErr_) *err_ = freshErr_;  // the body failed, or a parameter is named err
   // Scripts can Raise and Clear the record, and keep it: it serves the next call only when
   // nothing else holds it and it is as a new script has it.
-  const ObjectRef& held = freshErr_->data().objectUnchecked();
-  const auto* record = dynamic_cast<const LxError*>(held.get());
-  const bool untouched = freshErr_.use_count() == 2 && held.use_count() == 1 && record &&
-                         record->code() == 0 && record->desc().empty() && record->line().empty() &&
-                         record->lineNumber() == -1;
-  if (untouched) return;
-  freshErr_ = LxValue::make(Variant(std::make_shared<LxError>(0, UString(), UString(), -1)), true);
+  const LxError& record = *freshRecord_;
+  const bool untouched = freshErr_.use_count() == 2 &&
+                         freshErr_->data().objectUnchecked().use_count() == 1 &&
+                         record.code() == 0 && record.desc().empty() && record.line().empty() &&
+                         record.lineNumber() == -1;
+  if (!untouched) makeErr();
+}
+
+void CallFrame::makeErr() {
+  auto record = std::make_shared<LxError>(0, UString(), UString(), -1);
+  freshRecord_ = record.get();
+  freshErr_ = LxValue::make(Variant(std::move(record)), true);
   *err_ = freshErr_;
 }
 

@@ -10,6 +10,7 @@
 #include <span>
 #include <vector>
 
+#include "lxbasic/error.h"
 #include "lxbasic/value.h"
 #include "lxbasic/variant.h"
 
@@ -42,6 +43,7 @@ class CallFrame {
   void bindResult();
   // Gives the next call an "err" record of its own unless the last one is still untouched.
   void renewErr();
+  void makeErr();
 
   std::shared_ptr<ScriptCore> script_;
   ScriptCore& owner_;
@@ -56,11 +58,12 @@ class CallFrame {
   bool shadowed_ = false;
   bool func_ = false;
   ValueRef* err_ = nullptr;
-  ValueRef freshErr_;            // "err" as a new script has it
-  std::vector<UString> locals_;  // names the body added during the call
-  size_t names_ = 0;             // names in the table between calls
-  uint64_t ownerObjects_ = 0;    // the owner's object-list epoch the frame last copied
-  uint64_t frameEpoch_ = 0;      // the procedure's epoch for frames between calls
+  ValueRef freshErr_;                     // "err" as a new script has it
+  const LxError* freshRecord_ = nullptr;  // the record in freshErr_, a constant slot
+  std::vector<UString> locals_;           // names the body added during the call
+  size_t names_ = 0;                      // names in the table between calls
+  uint64_t ownerObjects_ = 0;             // the owner's object-list epoch the frame last copied
+  uint64_t frameEpoch_ = 0;               // the procedure's epoch for frames between calls
 };
 
 }  // namespace lx
