@@ -355,7 +355,6 @@ class CallStep final : public Step {
   }
 
  private:
-  // What the name means now: a procedure, an array variable, or neither.
   // The procedure of that name, if any; one hides a variable of its name, so the variables are
   // looked at only when there is none.
   void resolve(ScriptCore& script) const {

@@ -22,7 +22,7 @@ const ValueRef& lookupVariableAgain(ScriptCore& script, const UString& key, Vari
       cache.bound = at == names->end() ? -1 : static_cast<int32_t>(at - names->begin());
       cache.boundNames = names;
     }
-    if (cache.bound >= 0) return script.boundEntry(static_cast<size_t>(cache.bound));
+    if (const ValueRef* entry = cache.boundEntry(script)) return *entry;
   }
   cache.slot = script.variableSlot(key);
   cache.epoch = script.varsEpoch();

@@ -57,6 +57,12 @@ struct VariableCache {
   ValueRef slot;
   const std::vector<UString>* boundNames = nullptr;
   int32_t bound = -1;  // the name's index in boundNames, -1 for none
+
+  // The frame's entry when the name was found bound in frames of this script's procedure.
+  const ValueRef* boundEntry(const ScriptCore& script) const noexcept {
+    if (bound < 0 || boundNames != script.boundNames()) return nullptr;
+    return &script.boundEntry(static_cast<size_t>(bound));
+  }
 };
 const ValueRef& lookupVariableAgain(ScriptCore& script, const UString& key, VariableCache& cache);
 // The slot the upper-cased name has in the script's own table, or nullptr.
@@ -89,8 +95,8 @@ class Leaf {
         out.point(literal_);
         return true;
       }
-    } else if (variable_.bound >= 0 && variable_.boundNames == script.boundNames()) {
-      out.slot(script.boundEntry(static_cast<size_t>(variable_.bound)));
+    } else if (const ValueRef* entry = variable_.boundEntry(script)) {
+      out.slot(*entry);
       return true;
     }
     return readSlow(script, out);

@@ -98,23 +98,8 @@ const LxValue* CallFrame::bind(std::span<const Variant> args) {
         !hostObjects.empty() && hostObjects.front()->lxClass() == s.library().lxClass();
     s.setObjsEpoch(sameClasses ? ownerObjects_ : nextBindingEpoch());
   }
-  for (size_t i = 0; i < parameters_.size(); ++i) {
-    // Bound as addVarWithName binds: a variable's own slot is shared, a value is copied (into
-    // the slot the last call had, when nothing else took it).
-    ValueRef& entry = *parameters_[i];
-    const Variant& arg = args[i];
-    const LxValue* carried = slotOf(arg);
-    if (carried && !carried->constant()) {
-      entry = slotRefOf(arg);
-      continue;
-    }
-    const Variant& data = carried ? carried->data() : arg;
-    if (entry && entry.use_count() == 1 && !entry->constant()) {
-      entry->setData(data);
-    } else {
-      entry = LxValue::make(data);
-    }
-  }
+  // Into the slot the last call had, when nothing else took it.
+  for (size_t i = 0; i < parameters_.size(); ++i) bindSlot(*parameters_[i], args[i], false);
   if (shadowed_) {
     bindResult();
     *funcEntry_ = funcName_;

@@ -156,7 +156,7 @@ ProcedureBody* LxBasicSub::preparedBody(ScriptCore& frame) {
   if (prepared_ && prepared_->sourceLines == body_.count()) return prepared_.get();
   // A body grows only while its definition is open, when nothing can call it; so no active
   // call runs the lines replaced here.
-  auto body = std::make_shared<ProcedureBody>();
+  auto body = std::make_unique<ProcedureBody>();
   LxBasicStringList statements;
   if (!frame.prepare(body_, statements, body->lines)) return nullptr;
   body->sourceLines = body_.count();

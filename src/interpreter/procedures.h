@@ -89,7 +89,7 @@ class LxBasicSub {
   ScriptCore* owner_;  // the script that owns the procedure table; it outlives every call
   std::vector<UString> boundNames_;
   uint64_t frameEpoch_ = 0;
-  std::shared_ptr<ProcedureBody> prepared_;
+  std::unique_ptr<ProcedureBody> prepared_;
   std::vector<std::unique_ptr<CallFrame>> frames_;
   size_t activeFrames_ = 0;
 };

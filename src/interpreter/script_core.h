@@ -387,9 +387,23 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
 // evaluating a line take time that grows faster than its length.
 inline constexpr size_t kMaxLineLength = 32768;
 
-// The slot a variable bound to `value` gets: the value's own slot when it carries one of the
-// same constness (*shared is then true), otherwise a new slot holding the data.
-ValueRef boundSlot(const Variant& value, bool constant, bool* shared);
+// Points `slot` at what a variable bound to `value` holds: the value's own slot when it
+// carries one of the same constness (answers true), otherwise a slot holding the data, which
+// is `slot` itself when nothing else holds it, or a new one.
+inline bool bindSlot(ValueRef& slot, const Variant& value, bool constant) {
+  const LxValue* carried = slotOf(value);
+  if (carried && carried->constant() == constant) {
+    slot = slotRefOf(value);  // shared, not copied
+    return true;
+  }
+  const Variant& data = carried ? carried->data() : value;
+  if (slot && slot.use_count() == 1 && slot->constant() == constant) {
+    slot->setData(data);
+  } else {
+    slot = LxValue::make(data, constant);
+  }
+  return false;
+}
 
 // The error a caller reports for a procedure whose body failed: the inner code one level out
 // (plus 100, saturating), the inner message and line text.

@@ -11,21 +11,14 @@
 
 namespace lx {
 
-ValueRef boundSlot(const Variant& value, bool constant, bool* shared) {
-  ValueRef slot = slotRefOf(value);
-  *shared = slot && slot->constant() == constant;
-  if (*shared) return slot;  // shared, not copied
-  return LxValue::make(slot ? slot->data() : value, constant);
-}
-
 ValueRef ScriptCore::addVarWithName(UStringView name, const Variant& value, bool constant) {
   if (!checkVarName(name)) {
     setError(LxError::make(kBadVariableName));
     return nullptr;
   }
   varsChanged();
-  bool shared = false;
-  ValueRef slot = boundSlot(value, constant, &shared);
+  ValueRef slot;
+  const bool shared = bindSlot(slot, value, constant);
   // A shared slot is not answered: the caller gets a slot of its own, as it always has.
   ValueRef answer = shared ? LxValue::make(Variant(), constant) : slot;
   auto [entry, inserted] = _vars.insert_or_assign(upperCase(name), std::move(slot));
