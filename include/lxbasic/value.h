@@ -15,9 +15,8 @@ class LX_API LxValue final : public Object {
   explicit LxValue(Variant data, bool constant = false) : constant_(constant) {
     setData(std::move(data));
   }
-  static std::shared_ptr<LxValue> make(Variant data = {}, bool constant = false) {
-    return std::make_shared<LxValue>(std::move(data), constant);
-  }
+  // Slots come from a pool of their own: scripts make and drop them by the thousand.
+  static std::shared_ptr<LxValue> make(Variant data = {}, bool constant = false);
 
   bool constant() const noexcept { return constant_; }
   void setConstant(bool c) noexcept { constant_ = c; }
