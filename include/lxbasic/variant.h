@@ -90,7 +90,10 @@ class LX_API Number {
   LX_API std::optional<uint64_t> exactUInt64() const noexcept;
   // 32-bit value: a 64-bit integer keeps its low 32 bits; a double is truncated toward zero
   // the way the processor does it (out of range and NaN give INT32_MIN).
-  int32_t toInt32() const noexcept;
+  int32_t toInt32() const noexcept {
+    if (type_ == Type::Double) return truncated(d_);
+    return static_cast<int32_t>(static_cast<uint32_t>(static_cast<uint64_t>(i_)));
+  }
   bool toBool() const noexcept;
   // Shortest decimal text: integers as digits, booleans as 1 and 0, doubles in their shortest
   // round-trip form (an integral double has no decimal point; huge ones use an exponent).
@@ -100,6 +103,7 @@ class LX_API Number {
 
  private:
   constexpr Number(Type t, int64_t v) noexcept : type_(t), i_(v) {}
+  static int32_t truncated(double d) noexcept;
   Type type_;
   union {
     int64_t i_;
@@ -131,18 +135,21 @@ class LX_API Variant {
   Variant() noexcept = default;
   Variant(const Variant& o) noexcept = default;
   Variant(Variant&& o) noexcept = default;
-  // A number over a number, the commonest assignment, without visiting the alternatives.
+  // A number over a number or over Empty, the commonest assignments, without visiting the
+  // alternatives: neither old value has anything to release.
   Variant& operator=(const Variant& o) noexcept {
-    if (v_.index() == 2 && o.v_.index() == 2) {
-      *std::get_if<2>(&v_) = *std::get_if<2>(&o.v_);
+    if (o.v_.index() == 2 && (v_.index() == 2 || v_.index() == 0)) {
+      const Number n = *std::get_if<2>(&o.v_);  // o may be this very value
+      std::construct_at(&v_, std::in_place_index<2>, n);
     } else {
       v_ = o.v_;
     }
     return *this;
   }
   Variant& operator=(Variant&& o) noexcept {
-    if (v_.index() == 2 && o.v_.index() == 2) {
-      *std::get_if<2>(&v_) = *std::get_if<2>(&o.v_);
+    if (o.v_.index() == 2 && (v_.index() == 2 || v_.index() == 0)) {
+      const Number n = *std::get_if<2>(&o.v_);  // o may be this very value
+      std::construct_at(&v_, std::in_place_index<2>, n);
     } else {
       v_ = std::move(o.v_);
     }

@@ -104,14 +104,15 @@ void MemoryBudget::breakCycles() {
     marks[root.get()] = Mark::Walking;
     while (!stack.empty()) {
       Frame& top = stack.back();
-      if (top.next >= top.list->items.size()) {
+      std::vector<Variant>& items = top.list->items;
+      Array* child = nullptr;
+      while (top.next < items.size() && !(child = listBehind(items[top.next]))) ++top.next;
+      if (!child) {
         marks[top.list] = Mark::Done;
         stack.pop_back();
         continue;
       }
-      Variant& element = top.list->items[top.next++];
-      Array* child = listBehind(element);
-      if (!child) continue;
+      Variant& element = items[top.next++];
       auto it = marks.find(child);
       if (it == marks.end()) {
         marks[child] = Mark::Walking;

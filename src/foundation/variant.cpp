@@ -58,9 +58,8 @@ int64_t Number::toInt64() const noexcept {
   return type_ == Type::Double ? truncToInt64(d_) : i_;
 }
 
-int32_t Number::toInt32() const noexcept {
-  if (type_ == Type::Double) return truncToInt32(d_);
-  return static_cast<int32_t>(static_cast<uint32_t>(static_cast<uint64_t>(i_)));
+int32_t Number::truncated(double d) noexcept {
+  return truncToInt32(d);
 }
 
 bool Number::toBool() const noexcept {
@@ -141,11 +140,12 @@ std::shared_ptr<const UString> makeText(UString&& s) {
 Variant::Variant(UString s) : v_(makeText(std::move(s))) {}
 Variant::Variant(const char16_t* s) : v_(makeText(UString(s))) {}
 Variant::Variant(UStringView s) : v_(makeText(UString(s))) {}
-Variant::Variant(ObjectRef o) {
-  if (o) v_ = std::move(o);
+// Built in place; a null pointer is Empty.
+Variant::Variant(ObjectRef o) : v_(std::in_place_index<3>, std::move(o)) {
+  if (!*std::get_if<3>(&v_)) v_.emplace<0>();
 }
-Variant::Variant(ArrayRef a) {
-  if (a) v_ = std::move(a);
+Variant::Variant(ArrayRef a) : v_(std::in_place_index<4>, std::move(a)) {
+  if (!*std::get_if<4>(&v_)) v_.emplace<0>();
 }
 
 Variant Variant::fromUtf8(std::string_view utf8) {

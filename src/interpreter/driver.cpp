@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "compiler/line_code.h"
+#include "foundation/memory_budget.h"
 #include "foundation/scanning.h"
 #include "interpreter/line_kind.h"
 #include "interpreter/loops.h"
@@ -158,7 +159,15 @@ void ScriptCore::mainLoop(PreparedLines& lines) {
     if (lineHook_ && !callLineHook()) break;
     currentCode_ = compiled ? codeFor(line) : nullptr;
     ++(currentCode_ ? compiledLines : referenceLines);
-    executeWithinLimits(line);
+    try {
+      executeLine(line);
+    } catch (const ScriptStopped&) {
+      // The stop's error is already set; the run ends after this line.
+    } catch (const OutOfScriptMemory&) {
+      setError(LxError::make(kOutOfMemory, line.text));
+    } catch (const std::bad_alloc&) {
+      setError(LxError::make(kOutOfMemory, line.text));
+    }
     if (!_tmps.empty()) clearTmpVars();
     if (hasError()) {
       const PreparedLine& done = lines[index];

@@ -4,6 +4,7 @@
 
 #include "foundation/day_serial.h"
 #include "foundation/scanning.h"
+#include "interpreter/quick_arithmetic.h"
 #include "interpreter/rewriting.h"
 #include "interpreter/script_core.h"
 #include "lxbasic/exceptions.h"
@@ -125,23 +126,10 @@ ValueRef ScriptCore::operateWithSign(char16_t op, const LxValue& a, const LxValu
 }
 
 Variant ScriptCore::operate(char16_t op, const Variant& a, const Variant& b) {
-  // Two numbers: the common case, answered before the kind rules below (which give the same).
-  // It takes constant time, so only the other cases, which may copy long texts or arrays,
-  // look for a stop request first.
-  if (a.isNumber() && b.isNumber()) {
-    const double x = a.number().toDouble();
-    const double y = b.number().toDouble();
-    switch (op) {
-      case u'+':
-        return Variant::real(x + y);
-      case u'-':
-        return Variant::real(x - y);
-      case u'*':
-        return Variant::real(x * y);
-      default:
-        break;
-    }
-  }
+  // The common case, answered before the kind rules below, which give the same. It takes
+  // constant time, so only the other cases, which may copy long texts or arrays, look for a
+  // stop request first.
+  if (double q; quickArithmetic(op, a, b, q)) return Variant::real(q);
   pollStop();
   const ValueKind ka = a.kind();
   const ValueKind kb = b.kind();

@@ -22,7 +22,7 @@ class LxLoopProtocol {
   LxLoopProtocol& operator=(const LxLoopProtocol&) = delete;
   virtual ~LxLoopProtocol() = default;
 
-  virtual LoopKind kind() const noexcept = 0;
+  LoopKind kind() const noexcept { return kind_; }
   // Arranges for the closing statement to end the loop on its next visit (EXIT).
   virtual void forceEnd(ScriptCore& script) = 0;
 
@@ -33,23 +33,23 @@ class LxLoopProtocol {
   void setLine(int32_t l) noexcept { line_ = l; }
 
  protected:
-  explicit LxLoopProtocol(int32_t line) noexcept : line_(line) {}
+  LxLoopProtocol(LoopKind kind, int32_t line) noexcept : line_(line), kind_(kind) {}
 
  private:
   int32_t line_;
+  LoopKind kind_;
   bool valid_ = false;
 };
 
 class LxBasicFor final : public LxLoopProtocol {
  public:
   LxBasicFor(UString var, int32_t max, int32_t step, int32_t line)
-      : LxLoopProtocol(line), var_(std::move(var)), max_(max), step_(step) {}
+      : LxLoopProtocol(LoopKind::For, line), var_(std::move(var)), max_(max), step_(step) {}
   static std::shared_ptr<LxBasicFor> forWithVar(UString var, int32_t max, int32_t step,
                                                 int32_t line) {
     return std::make_shared<LxBasicFor>(std::move(var), max, step, line);
   }
 
-  LoopKind kind() const noexcept override { return LoopKind::For; }
   void forceEnd(ScriptCore& script) override;
 
   const UString& var() const noexcept { return var_; }
@@ -79,8 +79,8 @@ class LxBasicFor final : public LxLoopProtocol {
 class LxConditionLoop : public LxLoopProtocol {
  public:
   // Public so that the records can inherit it; the class itself stays abstract.
-  LxConditionLoop(UString expression, int32_t line)
-      : LxLoopProtocol(line), expression_(std::move(expression)) {}
+  LxConditionLoop(LoopKind kind, UString expression, int32_t line)
+      : LxLoopProtocol(kind, line), expression_(std::move(expression)) {}
   const UString& expression() const noexcept { return expression_; }
   void setExpression(UString e) { expression_ = std::move(e); }
 
@@ -96,19 +96,17 @@ class LxConditionLoop : public LxLoopProtocol {
 
 class LxBasicWhile final : public LxConditionLoop {
  public:
-  using LxConditionLoop::LxConditionLoop;
+  LxBasicWhile(UString e, int32_t line) : LxConditionLoop(LoopKind::While, std::move(e), line) {}
   static auto whileWithExpression(UString e, int32_t line) { return make<LxBasicWhile>(e, line); }
 
-  LoopKind kind() const noexcept override { return LoopKind::While; }
   void forceEnd(ScriptCore&) override { setExpression(u"0"); }
 };
 
 class LxBasicDoLoop final : public LxConditionLoop {
  public:
-  using LxConditionLoop::LxConditionLoop;
+  LxBasicDoLoop(UString e, int32_t line) : LxConditionLoop(LoopKind::Do, std::move(e), line) {}
   static auto doLoopWithExpression(UString e, int32_t line) { return make<LxBasicDoLoop>(e, line); }
 
-  LoopKind kind() const noexcept override { return LoopKind::Do; }
   // A condition that LOOP reads as "stop", whichever way the loop tests it.
   void forceEnd(ScriptCore&) override { setExpression(isUntil_ ? u"1" : u"0"); }
 

@@ -65,7 +65,7 @@ bool isInlineOperation(const UString& line) {
   return first == u"EXIT" || first == u"CONTINUE";
 }
 
-int32_t leadingIntOf(const Variant& v) {
+int32_t leadingIntOfText(const Variant& v) {
   if (v.isString()) return intValue(UStringView(v.string()));
   if (v.isNumber()) {
     const Number& n = v.number();

@@ -28,8 +28,15 @@ size_t nextOperator(UStringView line, const std::vector<size_t>& ops);
 bool isInlineOperation(const UString& line);
 
 // intValue(toText(v)): the leading integer of the value's text, as array indices and loop
-// conditions read values; numbers skip the text where it is plain digits.
-int32_t leadingIntOf(const Variant& v);
+// conditions read values; numbers skip the text where it is plain digits. The inline part
+// answers the commonest index, a 32-bit integer.
+int32_t leadingIntOfText(const Variant& v);
+inline int32_t leadingIntOf(const Variant& v) {
+  if (v.isNumber() && v.numberUnchecked().type() == Number::Type::Int32) {
+    return v.numberUnchecked().toInt32();
+  }
+  return leadingIntOfText(v);
+}
 
 // Operand literals, as getValue reads them.
 // A floating-point number at the start of the text; false when no digit can be read.

@@ -21,19 +21,6 @@ constexpr size_t kShownLineStart = 80;
 
 }  // namespace
 
-void ScriptCore::executeWithinLimits(PreparedLine& line) {
-  const UString& text = line.text;
-  try {
-    executeLine(line);
-  } catch (const ScriptStopped&) {
-    // The stop's error is already set; the driver ends the run after this line.
-  } catch (const OutOfScriptMemory&) {
-    setError(LxError::make(kOutOfMemory, text));
-  } catch (const std::bad_alloc&) {
-    setError(LxError::make(kOutOfMemory, text));
-  }
-}
-
 bool ScriptCore::sourceFits(const LxBasicStringList& source) {
   size_t units = 0;
   for (size_t i = 0; i < source.count(); ++i) {

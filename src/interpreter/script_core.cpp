@@ -102,13 +102,6 @@ void ScriptCore::terminate() {
   requestStop(LxError::make(kCorrectExit));
 }
 
-bool ScriptCore::stopRequested() const noexcept {
-  for (const ScriptCore* s = this; s; s = s->_owner) {
-    if (s->stop_.load(std::memory_order_relaxed)) return true;
-  }
-  return false;
-}
-
 bool ScriptCore::interruptibleSleep(double seconds) const {
   const ScriptCore* root = this;
   while (root->_owner) root = root->_owner;

@@ -24,6 +24,7 @@
 #include "foundation/memory_budget.h"
 #include "interpreter/epoch.h"
 #include "interpreter/line_kind.h"
+#include "interpreter/loop_stack.h"
 #include "interpreter/prepared_line.h"
 #include "lxbasic/bridge.h"
 #include "lxbasic/error.h"
@@ -115,7 +116,9 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
 
   // A stop was requested (terminate or the time limit) for this run or, from inside a
   // procedure or Eval, for the script that started it. Long waits poll this.
-  bool stopRequested() const noexcept;
+  bool stopRequested() const noexcept {
+    return stop_.load(std::memory_order_relaxed) || (_owner && _owner->stopRequested());
+  }
   // Sleeps up to `seconds`, waking early when a stop is requested; answers false then.
   bool interruptibleSleep(double seconds) const;
 
@@ -203,6 +206,7 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   void parseContinue(const UString& line);
   // True when `slot` is the variable of an open FOR loop (assignments to it are refused).
   bool isLoopVariable(const LxValue* slot) const;
+  uint64_t loopsVersion() const noexcept { return _loops.version(); }
   // While a procedure definition is open, its body collects the lines the driver passes by.
   void appendToOpenProcedure(const UString& line);
 
@@ -282,7 +286,7 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   std::unordered_map<UString, ValueRef> _vars;
   std::vector<ObjectRef> _objs;
   std::vector<char> _ifs;  // truth of each open block IF, innermost last
-  std::vector<std::shared_ptr<LxLoopProtocol>> _loops;
+  LoopStack _loops;
   std::vector<UString> _tmps;
   std::shared_ptr<LxBasicSub> _newsub;
   std::shared_ptr<LxBasicSubs> _subs;
@@ -351,9 +355,6 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
                       bool* mismatch);
 
   // ---- limits (run_limits.cpp)
-  // Runs one line, turning the limits that unwind it into the run's state: a stop leaves its
-  // own error for the error policy, running out of memory sets error 36.
-  void executeWithinLimits(PreparedLine& line);
   // False (with error 37 or 36 set) when the text has a line too long to run or cannot be
   // prepared within the memory limit.
   bool sourceFits(const LxBasicStringList& source);
@@ -423,6 +424,13 @@ std::shared_ptr<LxBasicSubs> makeProcedureTable(ScriptCore& owner);
 // The variable slot reached by a list of indices (each read as a 32-bit integer from its
 // text), or nullptr; a slot that holds no array answers a new Empty slot.
 ValueRef getElement(std::span<const Variant> indices, const LxValue* slot);
+// Item i of a list value, or nullptr when the value is no list or i lies outside it.
+inline const Variant* itemAt(const Variant& list, int32_t i) noexcept {
+  if (!list.isArray()) return nullptr;
+  const auto& items = list.arrayUnchecked()->items;
+  if (i < 0 || static_cast<size_t>(i) >= items.size()) return nullptr;
+  return &items[static_cast<size_t>(i)];
+}
 // Adds one dimension of `count` elements to an array under construction.
 void dimArray(Array& list, int32_t count, bool leaf);
 

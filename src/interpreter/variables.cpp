@@ -112,18 +112,18 @@ ValueRef getElement(std::span<const Variant> indices, const LxValue* slot) {
   if (!slot || slot->type() != ValueKind::Array) return LxValue::make();
   const Variant* current = &slot->data();
   for (const Variant& index : indices) {
-    if (!current->isArray()) return nullptr;  // more indices than dimensions
-    const auto& items = current->array()->items;
-    int32_t i = leadingIntOf(index);
-    if (i < 0 || static_cast<size_t>(i) >= items.size()) return nullptr;
-    current = &items[static_cast<size_t>(i)];
+    // More indices than dimensions, or one outside its dimension.
+    current = itemAt(*current, leadingIntOf(index));
+    if (!current) return nullptr;
   }
   return slotRefOf(*current);
 }
 
 void dimArray(Array& list, int32_t count, bool leaf) {
   auto fill = [count, leaf](Array& target) {
-    target.chargeFor(target.items.size() + static_cast<size_t>(std::max(count, 0)));
+    const size_t total = target.items.size() + static_cast<size_t>(std::max(count, 0));
+    target.chargeFor(total);
+    target.items.reserve(total);
     for (int32_t i = 0; i < count; ++i) {
       if (leaf) {
         target.items.emplace_back(LxValue::make());
