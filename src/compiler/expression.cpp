@@ -7,6 +7,7 @@
 #include "foundation/memory_budget.h"
 #include "foundation/scanning.h"
 #include "interpreter/procedures.h"
+#include "interpreter/quick_arithmetic.h"
 #include "interpreter/rewriting.h"
 #include "interpreter/script_core.h"
 #include "lxbasic/bridge.h"
@@ -24,7 +25,11 @@ class Registers {
     if (!heap_) std::uninitialized_default_construct_n(data_, n);
   }
   ~Registers() {
-    if (!heap_) std::destroy_n(data_, n_);
+    if (heap_) return;
+    // Empty and numbers hold nothing to release: most registers skip their destructor.
+    for (int32_t i = 0; i < n_; ++i) {
+      if (!data_[i].value.isEmpty() && !data_[i].value.isNumber()) std::destroy_at(&data_[i]);
+    }
   }
   Registers(const Registers&) = delete;
   Registers& operator=(const Registers&) = delete;
@@ -176,6 +181,28 @@ bool readOperand(ScriptCore& script, const Operand& o, Registers& regs, Held& ou
   return readResult(script, regs[o.reg], out);
 }
 
+namespace {
+
+// What readOperand would point at, when that is known without running anything; nullptr when
+// reading takes the long way.
+const Variant* peekOperand(const ScriptCore& script, const Operand& o, Registers& regs) {
+  if (o.leaf) return o.leaf->peek(script);
+  const Result& r = regs[o.reg];
+  switch (r.kind) {
+    case Result::Kind::Value:
+      return &r.value;
+    case Result::Kind::Slot:
+      return &r.slot().data();
+    case Result::Kind::Name:
+      return r.name->peek(script);
+    case Result::Kind::None:
+      break;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
 // ---- steps
 
 class Step {
@@ -221,6 +248,24 @@ class ApplyStep final : public Step {
         rightText_(std::move(rightText)) {}
 
   bool run(ScriptCore& script, Registers& regs, const UString& line) const override {
+    // Arithmetic on numbers read in place, the commonest step.
+    if (const Variant* a = peekOperand(script, left_, regs)) {
+      if (const Variant* b = peekOperand(script, right_, regs)) {
+        if (double q; quickArithmetic(op_, *a, *b, q)) {
+          Result& r = regs[reg_];
+          r.kind = Result::Kind::Value;
+          r.value = Variant::real(q);
+          return true;
+        }
+      }
+    }
+    return runWithKindRules(script, regs, line);
+  }
+
+ private:
+  // Out of line, so that the path above needs no stack frame of its own.
+  [[gnu::noinline]] bool runWithKindRules(ScriptCore& script, Registers& regs,
+                                          const UString& line) const {
     Held left;
     Held right;
     bool haveLeft = readOperand(script, left_, regs, left);
@@ -253,7 +298,6 @@ class ApplyStep final : public Step {
     return true;
   }
 
- private:
   char16_t op_;
   bool unary_;
   Operand left_;
@@ -289,9 +333,26 @@ class CallStep final : public Step {
         items_(std::move(items)) {
     method_ = name_.back() == u'@' ? UString(name_, 0, name_.size() - 1) : name_;
     forbidden_ = isForbiddenMethodName(upperCase(method_));
+    if (!receiver_ && items_.size() == 1) soleIndex_ = items_.front().expression->soleLeaf();
   }
 
   bool run(ScriptCore& script, Registers& regs, const UString& line) const override {
+    // An element read by one plain index (a literal or a remembered variable, which reading
+    // cannot change), the commonest call.
+    if (soleIndex_) {
+      resolve(script);
+      if (!sub_) {
+        const Variant* index = soleIndex_->peek(script);
+        const ValueRef& array = lookupVariable(script, key_, variable_);
+        if (index && array) return readElement(script, *array, *index, regs, line);
+      }
+    }
+    return runCall(script, regs, line);
+  }
+
+ private:
+  // Out of line, so that the element read above needs no stack frame of its own.
+  [[gnu::noinline]] bool runCall(ScriptCore& script, Registers& regs, const UString& line) const {
     enum class Kind { Method, Procedure, Element, Function } kind;
     ObjectRef receiver;
     std::shared_ptr<LxBasicSub> sub;
@@ -354,7 +415,6 @@ class CallStep final : public Step {
     return false;
   }
 
- private:
   // The procedure of that name, if any; one hides a variable of its name, so the variables are
   // looked at only when there is none.
   void resolve(ScriptCore& script) const {
@@ -364,6 +424,25 @@ class CallStep final : public Step {
       sub_ = script.getSubByName(key_);
       subsEpoch_ = subsEpoch;
     }
+  }
+
+  bool readElement(ScriptCore& script, const LxValue& array, const Variant& index, Registers& regs,
+                   const UString& line) const {
+    Result& r = regs[reg_];
+    if (array.type() != ValueKind::Array) {
+      r.kind = Result::Kind::Slot;  // a new Empty slot, as for any index
+      r.value = Variant(ObjectRef(LxValue::make()));
+      return true;
+    }
+    const Variant* item =
+        itemAt(array.data(), leadingIntOf(index.isEmpty() ? Variant(nullObject()) : index));
+    if (!item || !slotOf(*item)) {
+      fail(script, kIndexOutOfBounds, line);
+      return false;
+    }
+    r.kind = Result::Kind::Slot;
+    r.value = *item;
+    return true;
   }
 
   bool call(ScriptCore& script, bool onReceiver, const ObjectRef& receiver, const Arguments& args,
@@ -408,6 +487,7 @@ class CallStep final : public Step {
   bool forbidden_ = false;
   std::unique_ptr<Expression> receiver_;  // for name@(object, ...)
   std::vector<Item> items_;
+  const Leaf* soleIndex_ = nullptr;  // the one index when it is a plain operand
   mutable uint64_t subsEpoch_ = 0;
   mutable std::shared_ptr<LxBasicSub> sub_;
   mutable VariableCache variable_;
@@ -784,11 +864,6 @@ bool Expression::evaluate(ScriptCore& script, Variant& out) const {
   return true;
 }
 
-void Expression::execute(ScriptCore& script) const {
-  Registers regs(registers_);
-  runStatement(script, regs);
-}
-
 ValueRef Expression::target(ScriptCore& script, Registers& regs) const {
   ValueRef slot;
   const UString* key = &targetKey_;
@@ -863,9 +938,16 @@ ValueRef Expression::evaluateSlot(ScriptCore& script) const {
 }
 
 bool Expression::checkTarget(ScriptCore& script, const LxValue& slot) const {
-  if (script.isLoopVariable(&slot)) {
-    fail(script, kLoopVariableChange, original_);
-    return false;
+  // Whether a slot is a FOR variable depends on the open loops and on the names of the table.
+  const NotLoopVariable now{&script, &slot, script.loopsVersion(), script.varsEpoch()};
+  const NotLoopVariable& known = notLoopVariable_;
+  if (known.script != now.script || known.slot != now.slot || known.loops != now.loops ||
+      known.vars != now.vars) {
+    if (script.isLoopVariable(&slot)) {
+      fail(script, kLoopVariableChange, original_);
+      return false;
+    }
+    notLoopVariable_ = now;
   }
   if (slot.constant()) {
     fail(script, kReadOnlyAssignment, original_);
@@ -874,10 +956,17 @@ bool Expression::checkTarget(ScriptCore& script, const LxValue& slot) const {
   return true;
 }
 
-bool Expression::runSteps(ScriptCore& script, Registers& regs, ValueRef& slot) const {
+// Inlined into both callers: a statement runs it once per line.
+[[gnu::always_inline]] inline bool Expression::runSteps(ScriptCore& script, Registers& regs,
+                                                        ValueRef& slot) const {
   if (assigns_) {
-    slot = target(script, regs);
-    if (!slot) return false;
+    // A plain name found before: its slot, unless the table has changed since.
+    if (!targetExpression_ && targetCache_.slot && targetCache_.epoch == script.varsEpoch()) {
+      slot = targetCache_.slot;
+    } else {
+      slot = target(script, regs);
+      if (!slot) return false;
+    }
   }
   for (const auto& step : steps_) {
     if (!step->run(script, regs, original_)) return false;
@@ -894,11 +983,12 @@ Result Expression::finish(ScriptCore& script, Registers& regs, const ValueRef& s
   return result;
 }
 
-void Expression::runStatement(ScriptCore& script, Registers& regs) const {
+void Expression::execute(ScriptCore& script) const {
   if (inline_) {
-    run(script, regs);
+    script.parseInlineOps(original_);
     return;
   }
+  Registers regs(registers_);
   ValueRef slot;
   if (!runSteps(script, regs, slot)) return;
   // An assignment whose value was computed last goes straight into its target.

@@ -73,8 +73,6 @@ class Expression {
   // One run inside the register file of the outermost expression (brackets and arguments
   // are expressions of their own that share it).
   Result run(ScriptCore& script, Registers& regs) const;
-  // The same for a statement whose answer nobody reads.
-  void runStatement(ScriptCore& script, Registers& regs) const;
 
  private:
   friend class Compiler;
@@ -98,6 +96,14 @@ class Expression {
   std::vector<std::unique_ptr<Step>> steps_;
   Operand final_;
   int32_t registers_ = 0;  // of the whole tree, on the outermost expression
+  // The last target found to be no FOR variable, and the state that answer holds for.
+  struct NotLoopVariable {
+    const ScriptCore* script = nullptr;
+    const LxValue* slot = nullptr;
+    uint64_t loops = 0;
+    uint64_t vars = 0;
+  };
+  mutable NotLoopVariable notLoopVariable_;
 };
 
 // Reads what an operand stands for when an operator or a call takes it.

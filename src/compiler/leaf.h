@@ -101,6 +101,18 @@ class Leaf {
     }
     return readSlow(script, out);
   }
+  // The value read() would point at, when that is known without running anything: a literal,
+  // a number or a remembered variable. nullptr when reading takes the long way.
+  const Variant* peek(const ScriptCore& script) const {
+    if (literalOnly_) return &literal_;
+    if (!mayBeVariable_ || variable_.epoch == script.varsEpoch()) {
+      if (variable_.slot) return &variable_.slot->data();
+      if (numberOnly(script)) return &literal_;
+    } else if (const ValueRef* entry = variable_.boundEntry(script)) {
+      return &(*entry)->data();
+    }
+    return nullptr;
+  }
   // False when reading the operand now surely runs no code (no method call).
   bool mayRunCode(const ScriptCore& script) const {
     if (literalOnly_) return false;
