@@ -11,7 +11,7 @@ namespace lx {
 namespace {
 
 // Chunks are aligned to their own size, so a block finds its chunk by masking its address.
-constexpr std::size_t kChunkBytes = 64 * 1024;
+constexpr std::size_t kChunkBytes = std::size_t{64} * 1024;
 constexpr std::align_val_t kChunkAlign{kChunkBytes};
 // Threads spread over this many independently locked shards; more would only hold more
 // half-used chunks, fewer would make scripts on different threads wait on each other.
@@ -82,7 +82,9 @@ thread_local Shard* shardOfThread __attribute__((tls_model("initial-exec"))) = n
 }
 
 Chunk* chunkOf(void* block) noexcept {
-  return reinterpret_cast<Chunk*>(reinterpret_cast<std::uintptr_t>(block) & ~(kChunkBytes - 1));
+  // Stepped back from the block itself, so the pointer stays one into the chunk.
+  const std::uintptr_t offset = reinterpret_cast<std::uintptr_t>(block) & (kChunkBytes - 1);
+  return reinterpret_cast<Chunk*>(static_cast<char*>(block) - offset);
 }
 
 void makeFresh(Chunk* chunk) noexcept {
@@ -159,7 +161,7 @@ inline void* carve(Shard& shard, Chunk* chunk) noexcept {
   }
   --shard.chunks;
   shard.lock.unlock();
-  ::operator delete(chunk, kChunkBytes, kChunkAlign);
+  ::operator delete(chunk, kChunkAlign);
 }
 
 // Hands out a block of `shard`, whose lock is held; unlocks.

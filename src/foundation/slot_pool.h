@@ -65,11 +65,11 @@ class SlotAllocator {
     return static_cast<T*>(::operator new(n * sizeof(T)));
   }
 
-  void deallocate(T* p, std::size_t n) noexcept {
+  void deallocate(T* p, [[maybe_unused]] std::size_t n) noexcept {
     if constexpr (kFits && !kSlotPoolBypassed) {
       if (n == 1) return giveSlotBlock(p);
     }
-    ::operator delete(p, n * sizeof(T));
+    ::operator delete(p);  // unsized: clang enables sized deallocation only on request
   }
 
   template <class U>
