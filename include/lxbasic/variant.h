@@ -123,6 +123,14 @@ using ArrayRef = std::shared_ptr<Array>;
 // A script value: Empty (no object), String, Number, Object, Array or Date.
 // Strings are shared immutable buffers, so copying a Variant never copies text.
 class LX_API Variant {
+  // A number over a number or over Empty, the commonest assignments, without visiting the
+  // alternatives: neither old value has anything to release. False for any other pair.
+  bool assignedNumber(const Variant& o) noexcept {
+    if (o.v_.index() != 2 || (v_.index() != 2 && v_.index() != 0)) return false;
+    const Number n = *std::get_if<2>(&o.v_);  // o may be this very value
+    std::construct_at(&v_, std::in_place_index<2>, n);
+    return true;
+  }
   // The alternative I, or TypeMismatchException; defined first so the accessors can use it.
   template <size_t I>
   const auto& checked() const {
@@ -135,24 +143,12 @@ class LX_API Variant {
   Variant() noexcept = default;
   Variant(const Variant& o) noexcept = default;
   Variant(Variant&& o) noexcept = default;
-  // A number over a number or over Empty, the commonest assignments, without visiting the
-  // alternatives: neither old value has anything to release.
   Variant& operator=(const Variant& o) noexcept {
-    if (o.v_.index() == 2 && (v_.index() == 2 || v_.index() == 0)) {
-      const Number n = *std::get_if<2>(&o.v_);  // o may be this very value
-      std::construct_at(&v_, std::in_place_index<2>, n);
-    } else {
-      v_ = o.v_;
-    }
+    if (!assignedNumber(o)) v_ = o.v_;
     return *this;
   }
   Variant& operator=(Variant&& o) noexcept {
-    if (o.v_.index() == 2 && (v_.index() == 2 || v_.index() == 0)) {
-      const Number n = *std::get_if<2>(&o.v_);  // o may be this very value
-      std::construct_at(&v_, std::in_place_index<2>, n);
-    } else {
-      v_ = std::move(o.v_);
-    }
+    if (!assignedNumber(o)) v_ = std::move(o.v_);
     return *this;
   }
   ~Variant() = default;

@@ -121,8 +121,9 @@ bool present(ScriptCore& script, Result&& r, Held& out) {
 }
 
 // An Empty value travels into a call as the null object.
-Variant argument(const Variant& v) {
-  return v.isEmpty() ? Variant(nullObject()) : v;
+const Variant kNullArgument(nullObject());
+const Variant& argument(const Variant& v) {
+  return v.isEmpty() ? kNullArgument : v;
 }
 
 // Call arguments; few enough to live on the stack in nearly every call, and only those made
@@ -434,8 +435,7 @@ class CallStep final : public Step {
       r.value = Variant(ObjectRef(LxValue::make()));
       return true;
     }
-    const Variant* item =
-        itemAt(array.data(), leadingIntOf(index.isEmpty() ? Variant(nullObject()) : index));
+    const Variant* item = itemAt(array.data(), leadingIntOf(argument(index)));
     if (!item || !slotOf(*item)) {
       fail(script, kIndexOutOfBounds, line);
       return false;
@@ -939,10 +939,8 @@ ValueRef Expression::evaluateSlot(ScriptCore& script) const {
 
 bool Expression::checkTarget(ScriptCore& script, const LxValue& slot) const {
   // Whether a slot is a FOR variable depends on the open loops and on the names of the table.
-  const NotLoopVariable now{&script, &slot, script.loopsVersion(), script.varsEpoch()};
-  const NotLoopVariable& known = notLoopVariable_;
-  if (known.script != now.script || known.slot != now.slot || known.loops != now.loops ||
-      known.vars != now.vars) {
+  const NotLoopVariable now{&slot, script.loopsVersion(), script.varsEpoch()};
+  if (notLoopVariable_ != now) {
     if (script.isLoopVariable(&slot)) {
       fail(script, kLoopVariableChange, original_);
       return false;

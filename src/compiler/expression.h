@@ -96,12 +96,13 @@ class Expression {
   std::vector<std::unique_ptr<Step>> steps_;
   Operand final_;
   int32_t registers_ = 0;  // of the whole tree, on the outermost expression
-  // The last target found to be no FOR variable, and the state that answer holds for.
+  // The last target found to be no FOR variable, and the state that answer holds for. A loop
+  // stack's version is unique to its script, so it names the script too.
   struct NotLoopVariable {
-    const ScriptCore* script = nullptr;
     const LxValue* slot = nullptr;
     uint64_t loops = 0;
     uint64_t vars = 0;
+    bool operator==(const NotLoopVariable&) const = default;
   };
   mutable NotLoopVariable notLoopVariable_;
 };

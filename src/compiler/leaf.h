@@ -80,44 +80,27 @@ class Leaf {
   // zero-argument method's answer, a number. False when the text is none of these; an error
   // may then be set (a lone quote, a failed method call).
   bool read(ScriptCore& script, Held& out) const {
-    // The common cases first, as long as the tables they were found in are unchanged: a
-    // literal, a variable, a number that names neither a variable nor a method.
-    if (literalOnly_) {
-      out.point(literal_);
+    const Known k = known(script);
+    if (k.slot) {
+      out.slot(*k.slot);
       return true;
     }
-    if (!mayBeVariable_ || variable_.epoch == script.varsEpoch()) {
-      if (variable_.slot) {
-        out.slot(variable_.slot);
-        return true;
-      }
-      if (numberOnly(script)) {
-        out.point(literal_);
-        return true;
-      }
-    } else if (const ValueRef* entry = variable_.boundEntry(script)) {
-      out.slot(*entry);
+    if (k.value) {
+      out.point(*k.value);
       return true;
     }
     return readSlow(script, out);
   }
-  // The value read() would point at, when that is known without running anything: a literal,
-  // a number or a remembered variable. nullptr when reading takes the long way.
+  // The value read() would point at, when that is known without running anything; nullptr
+  // when reading takes the long way.
   const Variant* peek(const ScriptCore& script) const {
-    if (literalOnly_) return &literal_;
-    if (!mayBeVariable_ || variable_.epoch == script.varsEpoch()) {
-      if (variable_.slot) return &variable_.slot->data();
-      if (numberOnly(script)) return &literal_;
-    } else if (const ValueRef* entry = variable_.boundEntry(script)) {
-      return &(*entry)->data();
-    }
-    return nullptr;
+    const Known k = known(script);
+    return k.slot ? &(*k.slot)->data() : k.value;
   }
   // False when reading the operand now surely runs no code (no method call).
   bool mayRunCode(const ScriptCore& script) const {
-    if (literalOnly_) return false;
-    if (mayBeVariable_ && variable_.epoch != script.varsEpoch()) return true;
-    return !variable_.slot && !numberOnly(script);
+    const Known k = known(script);
+    return !k.slot && !k.value;
   }
   // The variable the text names right now; nullptr for an empty text or no variable.
   const ValueRef& variable(ScriptCore& script) const;
@@ -125,6 +108,23 @@ class Leaf {
   const UString& key() const noexcept { return upper_; }
 
  private:
+  // What the operand reads as while the tables it was found in are unchanged: a variable's
+  // slot, or a literal or number that names neither a variable nor a method. Neither when
+  // reading must take the long way.
+  struct Known {
+    const ValueRef* slot = nullptr;
+    const Variant* value = nullptr;
+  };
+  Known known(const ScriptCore& script) const {
+    if (literalOnly_) return {nullptr, &literal_};
+    if (!mayBeVariable_ || variable_.epoch == script.varsEpoch()) {
+      if (variable_.slot) return {&variable_.slot, nullptr};
+      if (numberOnly(script)) return {nullptr, &literal_};
+    } else if (const ValueRef* entry = variable_.boundEntry(script)) {
+      return {entry, nullptr};
+    }
+    return {};
+  }
   bool readSlow(ScriptCore& script, Held& out) const;
   bool callMethod(ScriptCore& script, Held& out, bool& found) const;
   bool numberOnly(const ScriptCore& script) const {
