@@ -12,9 +12,8 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 ROOT=$PWD
-BUILD=${BUILD:-$ROOT/build-release}
 LUA=${LUA:-lua5.4}
-JOBS=${JOBS:-2}
+source bench/common.sh
 
 # workload  callgrind sizes  wall sizes   Lua callgrind sizes  Lua wall sizes
 # (for fib the size is the argument n; the unit is a call and Fib(n) makes
@@ -33,11 +32,7 @@ for tool in valgrind "$LUA" cmake; do
   command -v "$tool" >/dev/null || { echo "measure.sh: $tool is needed" >&2; exit 1; }
 done
 
-echo "Building the Release tree in $BUILD ..." >&2
-cmake -S . -B "$BUILD" -DCMAKE_BUILD_TYPE=Release -DLX_BUILD_TESTS=OFF \
-  -DCMAKE_CXX_COMPILER_LAUNCHER="$(command -v ccache || true)" >/dev/null
-cmake --build "$BUILD" -j "$JOBS" --target lxbench >/dev/null
-LXBENCH=$BUILD/bench/lxbench
+build_lxbench
 
 # units WORKLOAD SIZE
 units() {
@@ -67,30 +62,6 @@ command_for() {
   esac
 }
 
-# Instructions of one run, all threads together.
-instructions() {
-  local out
-  out=$(valgrind --tool=callgrind --callgrind-out-file=/dev/null $1 2>&1 >/dev/null) || {
-    echo "measure.sh: failed: $1" >&2
-    echo "$out" >&2
-    exit 1
-  }
-  echo "$out" | sed -n 's/.*Collected : *\([0-9]*\).*/\1/p' | tail -1
-}
-
-# Seconds of the fastest of three runs.
-seconds() {
-  local best="" i start end
-  for i in 1 2 3; do
-    start=$EPOCHREALTIME
-    $1 >/dev/null || { echo "measure.sh: failed: $1" >&2; exit 1; }
-    end=$EPOCHREALTIME
-    best=$(awk -v s="$start" -v e="$end" -v b="$best" \
-      'BEGIN { d = e - s; if (b == "" || d < b) print d; else print b }')
-  done
-  echo "$best"
-}
-
 # per_unit WORKLOAD SMALL BIG MODE KIND -> instructions or nanoseconds per unit
 per_unit() {
   local workload=$1 small=$2 big=$3 mode=$4 kind=$5
@@ -100,12 +71,11 @@ per_unit() {
   if [ "$kind" = ir ]; then
     cs=$(instructions "$(command_for "$workload" "$small" "$mode")")
     cb=$(instructions "$(command_for "$workload" "$big" "$mode")")
-    awk -v a="$cs" -v b="$cb" -v u="$us" -v v="$ub" 'BEGIN { printf "%.0f", (b - a) / (v - u) }'
+    per_unit_difference "$cs" "$cb" "$us" "$ub" 1 "%.0f"
   else
     cs=$(seconds "$(command_for "$workload" "$small" "$mode")")
     cb=$(seconds "$(command_for "$workload" "$big" "$mode")")
-    awk -v a="$cs" -v b="$cb" -v u="$us" -v v="$ub" \
-      'BEGIN { printf "%.1f", (b - a) / (v - u) * 1e9 }'
+    per_unit_difference "$cs" "$cb" "$us" "$ub" 1e9 "%.1f"
   fi
 }
 
