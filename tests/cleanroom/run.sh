@@ -2,7 +2,7 @@
 # Proves that a fresh clone builds on a minimal Debian 12 with nothing but the README's run
 # command: a debootstrap root gets only git, cmake, g++ and make, clones the committed tree and
 # runs `./build.sh run`, which must install everything else itself and print the sample's
-# result. Needs root and network access to a Debian mirror.
+# result. Needs root and network access to a Debian mirror; installs debootstrap when missing.
 #
 #   tests/cleanroom/run.sh [COMMIT]     (default HEAD)
 #   tests/cleanroom/run.sh --prepare    only make the cached root
@@ -21,6 +21,12 @@ base=$cache/$suite-base.tar
 expected=${LX_CLEANROOM_EXPECT:-Hello}
 
 [ "$(id -u)" -eq 0 ] || { echo "cleanroom: needs root (debootstrap, chroot)" >&2; exit 2; }
+# A fresh machine lacks debootstrap: install it as the tests' own packages are installed.
+if ! command -v debootstrap >/dev/null; then
+  apt-get update -qq
+  DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends debootstrap \
+    >/dev/null
+fi
 command -v debootstrap >/dev/null || { echo "cleanroom: debootstrap is not installed" >&2; exit 2; }
 
 make_base() {
