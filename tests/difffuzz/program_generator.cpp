@@ -33,6 +33,7 @@ class Generator {
     int count = state_.rnd.between(6, 16);
     for (int i = 0; i < count; ++i) {
       if (state_.rnd.percent(4)) procedureDefinition();  // defined late: earlier calls fail
+      if (state_.rnd.percent(2)) conditionalDefinition();
       statement(main, 0);
     }
     if (state_.rnd.percent(85)) emit(x_.kw("RESULT") + " = " + x_.expr(main, 3));
@@ -88,7 +89,7 @@ class Generator {
     emit(x_.kw("DIM") + " a3 = Array(1, \"two\", 3.5, " + x_.stringLiteral() + ")");
     s.arrays.push_back("a3");
     emit(x_.kw("CONST") + " c1 = " + x_.numberLiteral());
-    emit(x_.kw("DIM") + " w1 = 0, w2 = 0, w3 = 0, w4 = 0");
+    emit(x_.kw("DIM") + " w1 = 0, w2 = 0, w3 = 0, w4 = 0, zb = 0");
     if (state_.rnd.percent(92)) emit(x_.kw("DIM") + " " + x_.kw("RESULT"));
   }
 
@@ -186,7 +187,8 @@ class Generator {
       if (state_.rnd.percent(10)) line += " : " + simpleStatement(s);
       return emitWithCuts(s, line);
     }
-    if (choice < 60) return singleLineIf(s);
+    if (choice < 59) return singleLineIf(s);
+    if (choice < 60 && deeper && !s.procedure) return irregularBlocks(s, nesting);
     if (choice < 66 && deeper) return ifBlock(s, nesting);
     if (choice < 73 && deeper) return forLoop(s, nesting);
     if (choice < 78 && deeper) return whileLoop(s, nesting);
@@ -362,6 +364,83 @@ class Generator {
     if (s.arrays.empty()) return emit(x_.kw("REDIM") + " " + preserve + "zz(2)");
     std::string bound = state_.rnd.percent(90) ? std::to_string(state_.rnd.between(0, 5)) : "-1";
     emit(x_.kw("REDIM") + " " + preserve + state_.rnd.pick(s.arrays) + "(" + bound + ")");
+  }
+
+  // ---- blocks that do not nest: the gates of open conditionals and loops decide what runs
+
+  void irregularBlocks(Scope& s, int nesting) {
+    switch (state_.rnd.below(3)) {
+      case 0:
+        return strayCloser();
+      case 1:
+        return loopAcrossIf(s, nesting);
+      default:
+        return ifAcrossLoop(s, nesting);
+    }
+  }
+
+  // END IF or ELSE where the program has no block IF open of its own: it closes (or flips)
+  // whatever conditional is open at run time, or none. (Loop ends without their loop come
+  // from loopAcrossIf when its condition fails.)
+  void strayCloser() {
+    emit(state_.rnd.percent(50) ? x_.kw("END") + " " + x_.kw("IF") : x_.kw("ELSE"));
+  }
+
+  // A WHILE loop whose end may not be where its header expects it. Besides its own count it
+  // spends from zb, a budget that only grows: when the loop is left open, later loops reuse
+  // its counter's name and reset it, and only the budget still bounds a jump back to it.
+  void budgetedWhile(const std::string& w, int passes) {
+    emit(w + " = 0");
+    emit(x_.kw("WHILE") + " " + w + " < " + std::to_string(passes) + " " + x_.kw("AND") +
+         " zb < 60");
+    emit(w + " = " + w + " + 1");
+    emit("zb = zb + 1");
+  }
+
+  // IF c THEN / FOR (or WHILE) ... / END IF / ... / NEXT (or WEND): the loop's header runs
+  // only when c holds, its end always.
+  void loopAcrossIf(const Scope& outer, int nesting) {
+    emit(x_.kw("IF") + " " + x_.condition(outer, 1) + " " + x_.kw("THEN"));
+    bool isFor = state_.rnd.percent(50);
+    int passes = state_.rnd.between(1, passLimit(outer));
+    Scope inner = outer;
+    std::string w = counter(outer, nesting);
+    if (isFor) {
+      std::string var = outer.forPrefix + std::to_string(nesting + 1);
+      emit(x_.kw("FOR") + " " + var + " = 1 " + x_.kw("TO") + " " + std::to_string(passes));
+      inner.loopVars.push_back(var);
+    } else {
+      budgetedWhile(w, passes);
+    }
+    block(inner, nesting, passes);
+    emit(x_.kw("END") + " " + x_.kw("IF"));
+    block(inner, nesting, passes);
+    emit(x_.kw(isFor ? "NEXT" : "WEND"));
+  }
+
+  // WHILE ... / IF c THEN / ... / WEND / ... / END IF: the loop's end lies inside the
+  // conditional, so when c fails the loop is never closed and later lines run inside it.
+  void ifAcrossLoop(const Scope& outer, int nesting) {
+    std::string w = counter(outer, nesting);
+    int passes = state_.rnd.between(1, passLimit(outer));
+    budgetedWhile(w, passes);
+    emit(x_.kw("IF") + " " + x_.condition(outer, 1) + " " + x_.kw("THEN"));
+    block(outer, nesting, passes);
+    emit(x_.kw("WEND"));
+    block(outer, nesting, passes);
+    emit(x_.kw("END") + " " + x_.kw("IF"));
+  }
+
+  // A procedure defined inside a conditional, taken or not: definitions are collected as the
+  // driver passes their lines, whatever the gates say.
+  void conditionalDefinition() {
+    emit(x_.kw("IF") + " " + state_.rnd.pick({"0", "1", "v1 = 1"}) + " " + x_.kw("THEN"));
+    procedureDefinition();
+    if (state_.rnd.percent(40)) {
+      emit(x_.kw("ELSE"));
+      procedureDefinition();
+    }
+    emit(x_.kw("END") + " " + x_.kw("IF"));
   }
 
   // ---- procedures

@@ -175,6 +175,35 @@ TEST(ProgramGenerator, BlocksAreBalanced) {
   }
 }
 
+// Blocks that do not nest are where gates and jumps could part: some programs must close a
+// loop inside a conditional that opened outside it (or the reverse), and define a procedure
+// inside a block IF.
+TEST(ProgramGenerator, SomeBlocksCrossAndSomeDefinitionsSitInsideConditionals) {
+  int crossings = 0, definitionsInIf = 0;
+  for (uint64_t seed = 1; seed <= 300; ++seed) {
+    std::vector<char> open;  // 'I' for a block IF, 'L' for a FOR or WHILE loop
+    for (const auto& line : statementsOf(generateProgram(seed))) {
+      bool blockIf = startsWith(line, "IF ") && line.ends_with(" THEN");
+      if (blockIf) open.push_back('I');
+      if (startsWith(line, "FOR ") || startsWith(line, "WHILE ")) open.push_back('L');
+      // The END IF spelt with two blanks closes nothing at run time, but it closes a block
+      // of the generator's and must not count as a crossing here.
+      bool endIf = startsWith(line, "END ") && line.ends_with(" IF");
+      bool endLoop = line == "NEXT" || line == "WEND";
+      if ((endIf || endLoop) && !open.empty()) {
+        if (open.back() != (endIf ? 'I' : 'L')) ++crossings;
+        open.pop_back();
+      }
+      bool definition = startsWith(line, "SUB ") || startsWith(line, "FUNCTION ");
+      if (definition && std::find(open.begin(), open.end(), 'I') != open.end()) {
+        ++definitionsInIf;
+      }
+    }
+  }
+  EXPECT_GT(crossings, 5);
+  EXPECT_GT(definitionsInIf, 2);
+}
+
 TEST(ProgramGenerator, ProgramsEndWithinTheLimit) {
   for (uint64_t seed = 1; seed <= 150; ++seed) {
     Outcome o = runProgram(generateProgram(seed), true, milliseconds(5000));
