@@ -270,14 +270,14 @@ class ApplyStep final : public Step {
     Held left;
     Held right;
     bool haveLeft = readOperand(script, left_, regs, left);
-    if (!haveLeft && script.hasError()) return false;
-    // A sign with nothing before it is unary: the left value is 0.
+    // A sign with nothing before it is unary: the left value is 0, also while an earlier
+    // error is still set.
     if (!haveLeft && unary_) {
       left.point(kZero);
       haveLeft = true;
     }
     if (!haveLeft) {
-      notFound(script, line, leftText_, regs);
+      if (!script.hasError()) notFound(script, line, leftText_, regs);
       return false;
     }
     // A method read as the right operand may change the table the left one is in.

@@ -320,14 +320,13 @@ UString ScriptCore::parseLine(const UString& original, bool comparition) {
     UString leftText = line.substr(leftStart, at - leftStart);
     UString rightText = line.substr(at + 1, rightEnd - at - 1);
     ValueRef left = getValue(leftText);
-    if (!left && hasError()) return UString();
-    // A sign with nothing before it is unary: the left value is 0. A name that is no value
-    // is not nothing, and is reported below.
+    // A sign with nothing before it is unary: the left value is 0, also while an earlier
+    // error is still set. A name that is no value is not nothing, and is reported below.
     if (!left && (op == u'+' || op == u'-') && trim(leftText).empty()) {
       left = LxValue::make(Variant::real(0));
     }
     if (!left) {
-      setError(LxError::make(kVariableNotFound, original, trim(leftText)));
+      if (!hasError()) setError(LxError::make(kVariableNotFound, original, trim(leftText)));
       return UString();
     }
     ValueRef right = getValue(rightText);
