@@ -1,4 +1,6 @@
 // The shared list behind script arrays: its memory charge and its flat destruction.
+#include <algorithm>
+#include <string>
 #include <unordered_map>
 
 #include "foundation/memory_budget.h"
@@ -35,6 +37,13 @@ ArrayRef Array::make(std::vector<Variant> items) {
   return array;
 }
 
+void checkArrayElements(int64_t elements) {
+  if (elements > kMaxArrayElements) {
+    throw OutOfScriptMemory("an array of " + std::to_string(elements) +
+                            " elements exceeds the limit of " + std::to_string(kMaxArrayElements));
+  }
+}
+
 void Array::chargeFor(size_t elements) {
   if (!budget_) {
     budget_ = currentBudget();
@@ -42,6 +51,8 @@ void Array::chargeFor(size_t elements) {
     // A list that no shared pointer owns cannot be part of a cycle; it needs no record.
     if (auto self = weak_from_this().lock()) budget_->remember(self);
   }
+  // Only arrays a script makes are held to the element limit: a host's own are not.
+  checkArrayElements(static_cast<int64_t>(std::min<size_t>(elements, INT64_MAX)));
   const int64_t wanted = static_cast<int64_t>(elements) * kElementCost;
   if (wanted > charged_) {
     budget_->charge(wanted - charged_);

@@ -19,8 +19,16 @@ namespace lx {
 
 class OutOfScriptMemory : public Exception {
  public:
-  OutOfScriptMemory() : Exception("OutOfMemory", "the script's memory limit is reached") {}
+  OutOfScriptMemory() : OutOfScriptMemory("the script's memory limit is reached") {}
+  explicit OutOfScriptMemory(const std::string& reason) : Exception("OutOfMemory", reason) {}
 };
+
+// The most elements one array of a script may have, and the most one declaration may make
+// in all its lists together: no script needs more, and a typo such as DIM a(2000000000) must
+// not take the host's memory. Past it a script gets error 36 "Out of memory" for its line.
+inline constexpr int64_t kMaxArrayElements = int64_t{1} << 24;
+// Throws OutOfScriptMemory when `elements` is past kMaxArrayElements.
+void checkArrayElements(int64_t elements);
 
 // A stop request (terminate, time limit) seen inside a long operation: it unwinds the line.
 class ScriptStopped : public Exception {

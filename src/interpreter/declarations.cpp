@@ -1,24 +1,12 @@
 // DIM, CONST and REDIM.
+#include "foundation/memory_budget.h"
 #include "foundation/scanning.h"
 #include "interpreter/script_core.h"
-#include "lxbasic/exceptions.h"
 #include "lxbasic/text.h"
 
 namespace lx {
 
 namespace {
-
-// Beyond this many elements an array declaration fails with an exception instead of taking
-// the host's memory: no script needs a bigger array, and a typo like DIM a(2000000000)
-// must not bring the application down.
-constexpr int64_t kMaxArrayElements = int64_t{1} << 24;
-
-void checkArraySize(int64_t elements) {
-  if (elements > kMaxArrayElements) {
-    throw RangeException("array of " + std::to_string(elements) +
-                         " elements exceeds the limit of " + std::to_string(kMaxArrayElements));
-  }
-}
 
 // The innermost lists of an array of `depth` levels.
 void innermostLists(const ArrayRef& list, size_t depth, std::vector<Array*>& out) {
@@ -99,7 +87,7 @@ void ScriptCore::parseVar(const UString& line, bool constant) {
         return;
       }
       int64_t total = 1;
-      for (int32_t n : lengths) total *= n, checkArraySize(total);
+      for (int32_t n : lengths) total *= n, checkArrayElements(total);
       auto array = Array::make();
       for (size_t i = 0; i < lengths.size(); ++i)
         dimArray(*array, lengths[i], i + 1 == lengths.size());
@@ -191,7 +179,7 @@ void ScriptCore::parseReDim(const UString& line) {
     }
     std::vector<Array*> lists;
     innermostLists(top, lengths.size(), lists);
-    checkArraySize(static_cast<int64_t>(lists.size()) * last);
+    checkArrayElements(static_cast<int64_t>(lists.size()) * last);
     for (Array* list : lists) {
       if (!preserve) list->items.clear();
       list->chargeFor(static_cast<size_t>(last));

@@ -49,6 +49,21 @@ TEST_F(Budgeted, LargeTextsPastTheLimitAreRefused) {
   EXPECT_EQ(budget->used(), 0);
 }
 
+// Every list a script grows (DIM, REDIM, Array, Split, Filter) charges for its elements, so
+// the element limit holds for all of them; a host's own lists, made outside a run, are free.
+TEST(ArrayElementLimit, ListsOfARunStopAtTheLimitAndAHostsDoNot) {
+  auto unlimited = std::make_shared<MemoryBudget>(0);
+  {
+    BudgetScope scope{RunLimits{unlimited, nullptr, nullptr}};
+    auto list = Array::make();
+    EXPECT_NO_THROW(list->chargeFor(lx::kMaxArrayElements));
+    EXPECT_THROW(list->chargeFor(lx::kMaxArrayElements + 1), lx::OutOfScriptMemory);
+    EXPECT_THROW(lx::checkArrayElements(int64_t{100001} * 100001), lx::OutOfScriptMemory);
+  }
+  EXPECT_EQ(unlimited->used(), 0);
+  EXPECT_NO_THROW(Array::make()->chargeFor(lx::kMaxArrayElements + 1));
+}
+
 TEST_F(Budgeted, BreakingCyclesFreesListsThatContainThemselves) {
   std::weak_ptr<Array> outer;
   std::weak_ptr<Array> kept;
