@@ -405,10 +405,11 @@ void ScriptCore::evalLines(const LxBasicStringList& lines) {
       if (m) m->lock();
     }
   } relock{held};
-  // An evaluation nests a driver like a procedure call does, so it counts toward the same
-  // depth limit and moves to a fresh stack when this one runs low.
+  // An evaluation is a run of this script, not a call: it adds no call level (the built-in
+  // call that started it may have). It has a nesting limit of its own, and moves to a fresh
+  // stack when this one runs low.
   ScriptCore* root = getRootOwner();
-  if (root->stack() >= kMaxCallDepth) {
+  if (root->evalNesting_ >= kMaxEvalNesting) {
     setError(LxError::make(kStackOverflow));
     return;
   }
@@ -420,9 +421,9 @@ void ScriptCore::evalLines(const LxBasicStringList& lines) {
       failure = std::current_exception();
     }
   };
-  root->_stack.fetch_add(1);
+  ++root->evalNesting_;
   const bool ran = runWithStackRoom(body);
-  root->_stack.fetch_sub(1);
+  --root->evalNesting_;
   if (!ran) setError(LxError::make(kStackOverflow));
   if (failure) std::rethrow_exception(failure);
   if (stopRequested()) throw ScriptStopped();

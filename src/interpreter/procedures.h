@@ -23,6 +23,10 @@ class ScriptCore;
 
 // Calls that may be active at once in one script tree; one more is error 25.
 inline constexpr int32_t kMaxCallDepth = 256;
+// How many Eval runs may be nested in one script tree. An Eval adds no call level (only the
+// built-in call from a procedure does), so a text that evaluates itself would otherwise nest
+// without end; past this it fails with "Stack overflow" as deep calls do.
+inline constexpr int32_t kMaxEvalNesting = 256;
 
 class CallFrame;
 

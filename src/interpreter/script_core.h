@@ -334,6 +334,8 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   compiled::LineCode* currentCode_ = nullptr;
   // Eval's lines run once each: compiling them would only cost.
   bool evaluating_ = false;
+  // Eval runs active in this tree, counted on the root (see kMaxEvalNesting).
+  int32_t evalNesting_ = 0;
   compiled::LineCode* compileLine(PreparedLine& line);
   // The line's compiled form, or nullptr when it runs on the reference evaluator.
   compiled::LineCode* codeFor(PreparedLine& line);
