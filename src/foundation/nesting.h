@@ -13,8 +13,11 @@ class Array;
 
 // Arrays inside arrays deeper than this are shown as the cycle text and compare unequal.
 inline constexpr size_t kMaxValueNesting = 200;
-// The longest text of one array value, whatever the memory limit.
-inline constexpr size_t kMaxValueText = size_t{1} << 28;
+// The longest text of one array value, whatever the memory limit: arrays that share their
+// sub-arrays can stand for astronomically many elements in a few kilobytes, so past this the
+// text is cut and ends with kCutText. It bounds the work as well as the size.
+inline constexpr size_t kMaxValueText = size_t{1} << 20;
+inline constexpr const char16_t* kCutText = u"...[cut]";
 // What a walk shows in place of an array it does not enter.
 inline constexpr const char16_t* kCycleText = u"(...)";
 

@@ -3,6 +3,7 @@
 #include <unicode/uchar.h>
 #include <unicode/ustring.h>
 
+#include <algorithm>
 #include <charconv>
 #include <climits>
 #include <cmath>
@@ -132,27 +133,43 @@ UString dateText(double secondsSince1970) {
 
 namespace {
 
-void appendArrayText(UString& out, const Array& array) {
+// Cuts `out` to kMaxValueText code units (never inside a surrogate pair) and marks the cut.
+void cutValueText(UString& out) {
+  size_t keep = kMaxValueText;
+  if (keep > 0 && out[keep - 1] >= 0xD800 && out[keep - 1] <= 0xDBFF) --keep;
+  out.resize(keep);
+  out += kCutText;
+}
+
+// Appends the text of `array`; false once the text reached kMaxValueText and was cut, when
+// nothing more may be appended (not even the closing brackets).
+bool appendArrayText(UString& out, const Array& array) {
   NestingPath inside(&array);
   if (!inside.entered()) {
     out += kCycleText;
-    return;
+    return true;
   }
   out += u'(';
-  bool first = true;
+  size_t count = 0;
   for (const Variant& item : array.items) {
-    if (!first) out += u", ";
-    first = false;
+    if (count++ > 0) out += u", ";
+    // Bounded as the text is, a long walk still answers a stop request.
+    if (count % 4096 == 0 && currentRunStopped()) throw ScriptStopped();
     if (item.isArray()) {
-      appendArrayText(out, *item.array());
+      if (!appendArrayText(out, *item.array())) return false;
     } else {
-      out += toText(item);
+      const UString text = toText(item);
+      out.append(text, 0,
+                 std::min(text.size(), kMaxValueText + 1 - std::min(out.size(), kMaxValueText)));
     }
-    // Shared sub-arrays can make the text grow exponentially with the nesting depth.
-    if (out.size() > kMaxValueText) throw OutOfScriptMemory();
+    if (out.size() > kMaxValueText) {
+      cutValueText(out);
+      return false;
+    }
     chargeTextGrowth(out.size());
   }
   out += u')';
+  return true;
 }
 
 size_t skipWhitespace(UStringView text) {

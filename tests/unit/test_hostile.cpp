@@ -88,6 +88,24 @@ TEST(Hostile, SelfContainingArraysAndDeepCalls) {
   expectEndings(cases);
 }
 
+// Sixty levels of ten shared references: 10^60 elements in a few kilobytes. Every text of it
+// (the host's, the script's) is cut at the bound, which bounds the work as well: uncut, the
+// runner spent 14 s writing RESULT after a 2 s time limit.
+TEST(Hostile, TextsOfAstronomicalArraysAreCut) {
+  const std::u16string huge =
+      u"DIM a = Array(1, 2)\nFOR i = 1 TO 60\na = Array(a, a, a, a, a, a, a, a, a, a)\nNEXT\n";
+  for (bool background : {false, true}) {
+    Ending e = runCapped(huge + u"RESULT = a", 2000ms, background);
+    EXPECT_EQ(e.code, 0);
+    EXPECT_EQ(e.result.size(), size_t{1048576} + 8);
+    EXPECT_TRUE(e.result.ends_with(u"...[cut]"));
+  }
+  // Print and WriteLn write the same text that CStr answers.
+  Ending joined = runCapped(huge + u"RESULT = Len(Join(a, \"\")) & \" \" & Len(CStr(a))", 20s);
+  EXPECT_EQ(joined.code, 0);
+  EXPECT_EQ(joined.result, u"10485840 1048584");
+}
+
 TEST(Hostile, MemoryGrabsEndWithOutOfMemory) {
   const std::vector<Case> cases = {
       {"doubling text", u"DIM s = \"x\"\nFOR i = 1 TO 40\ns = s & s\nNEXT", 36, u""},
