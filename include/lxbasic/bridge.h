@@ -20,14 +20,16 @@
 //
 // Scripts find a method by the first part of its name in any letter case and by the number
 // of arguments. Argument and return type codes come from the C++ signature: lx::Variant
-// receives the value itself ('@'); double receives the number read from the value's text
-// ('d'); int64_t receives the full 64-bit value ('q'); unsigned integer types receive the
-// value when it fits and otherwise throw InvalidArgumentException (a negative or too large
-// number is never wrapped); other integer types (and bool, char, float) receive the 32-bit
-// integer read from the value's text. UString and std::string parameters receive the value's
-// text. Returns: Variant, strings and objects are values ('@'), double a double Number ('d'),
+// receives the value itself ('@'); double and float receive the number read from the value's
+// text ('d', 'f'); int64_t receives the full 64-bit value ('q'); unsigned integer types
+// receive the value when it fits and otherwise throw InvalidArgumentException (a negative or
+// too large number is never wrapped); int and bool receive the 32-bit integer read from the
+// value's text (saturating: 5000000000 is 2147483647); signed types narrower than 32 bits
+// (char, short) receive the same integer when it fits the type and otherwise throw
+// InvalidArgumentException. UString and std::string parameters receive the value's text.
+// Returns: Variant, strings and objects are values ('@'), double and float a double Number,
 // void nothing ('v'), 64-bit and unsigned integers their exact value, other integers a 32-bit
-// integer Number.
+// integer Number. docs/embedding.md has the whole table.
 #pragma once
 
 #include <cstdint>
@@ -145,6 +147,10 @@ LX_API int64_t int64Argument(const Variant& v);
 // other value's text (none give 0). Negative values and values above the type's maximum
 // throw InvalidArgumentException.
 LX_API uint64_t unsignedArgument(const Variant& v, int bits);
+// The value for a signed parameter narrower than 32 bits: the 32-bit integer read from the
+// value's text, as for int, which must fit the type; one that does not throws
+// InvalidArgumentException instead of wrapping.
+LX_API int32_t narrowArgument(const Variant& v, int bits);
 
 template <class A, class = void>
 struct Arg;
@@ -158,16 +164,22 @@ struct Arg<double> {
   static constexpr char code = 'd';
   static double from(const Variant& v) { return doubleValue(toText(v)); }
 };
+// A float is a floating-point number to a C++ reader, so it converts as double does.
+template <>
+struct Arg<float> {
+  static constexpr char code = 'f';
+  static float from(const Variant& v) { return static_cast<float>(Arg<double>::from(v)); }
+};
 template <class I>
-struct Arg<I, std::enable_if_t<std::is_integral_v<I> || std::is_same_v<I, float>>> {
+struct Arg<I, std::enable_if_t<std::is_integral_v<I>>> {
   static constexpr bool kUnsigned = std::is_unsigned_v<I> && !std::is_same_v<I, bool>;
-  static constexpr bool kWide = std::is_integral_v<I> && sizeof(I) == 8;
-  static constexpr char kSigned = std::is_same_v<I, bool>    ? 'B'
-                                  : std::is_same_v<I, float> ? 'f'
-                                  : sizeof(I) == 1           ? 'c'
-                                  : sizeof(I) == 2           ? 's'
-                                  : sizeof(I) == 4           ? 'i'
-                                                             : 'q';
+  static constexpr bool kWide = sizeof(I) == 8;
+  static constexpr bool kNarrow = !std::is_same_v<I, bool> && sizeof(I) < 4;
+  static constexpr char kSigned = std::is_same_v<I, bool> ? 'B'
+                                  : sizeof(I) == 1        ? 'c'
+                                  : sizeof(I) == 2        ? 's'
+                                  : sizeof(I) == 4        ? 'i'
+                                                          : 'q';
   // Unsigned types have the upper-case code, as the runtime's type encoding does.
   static constexpr char code = kUnsigned ? static_cast<char>(kSigned - 'a' + 'A') : kSigned;
   static I from(const Variant& v) {
@@ -175,6 +187,8 @@ struct Arg<I, std::enable_if_t<std::is_integral_v<I> || std::is_same_v<I, float>
       return static_cast<I>(unsignedArgument(v, static_cast<int>(8 * sizeof(I))));
     } else if constexpr (kWide) {
       return static_cast<I>(int64Argument(v));
+    } else if constexpr (kNarrow) {
+      return static_cast<I>(narrowArgument(v, static_cast<int>(8 * sizeof(I))));
     } else {
       return static_cast<I>(intValue(toText(v)));
     }
@@ -212,8 +226,13 @@ struct Ret<double> {
   static constexpr char code = 'd';
   static Variant to(double r) { return Variant::real(r); }
 };
+template <>
+struct Ret<float> {
+  static constexpr char code = 'f';
+  static Variant to(float r) { return Variant::real(r); }
+};
 template <class I>
-struct Ret<I, std::enable_if_t<std::is_integral_v<I> || std::is_same_v<I, float>>> {
+struct Ret<I, std::enable_if_t<std::is_integral_v<I>>> {
   static constexpr char code = Arg<I>::code;
   static Variant to(I r) {
     if constexpr (Arg<I>::kWide || (Arg<I>::kUnsigned && sizeof(I) == 4)) {

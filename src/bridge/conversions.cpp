@@ -70,6 +70,15 @@ uint64_t unsignedArgument(const Variant& v, int bits) {
   return *value;
 }
 
+int32_t narrowArgument(const Variant& v, int bits) {
+  const int32_t value = intValue(toText(v));
+  const int32_t max = (int32_t{1} << (bits - 1)) - 1;
+  if (value > max || value < -max - 1) {
+    outOfRange(v, "a signed " + std::to_string(bits) + "-bit parameter");
+  }
+  return value;
+}
+
 void checkSelector(const std::string& selector, size_t arity) {
   size_t colons = 0;
   for (char c : selector) colons += c == ':' ? 1 : 0;

@@ -22,6 +22,10 @@ class Meter : public lx::Object {
   uint32_t takeU32(uint32_t n) { return n; }
   uint64_t takeU64(uint64_t n) { return n; }
   uint8_t takeU8(uint8_t n) { return n; }
+  float scale(float f) { return f * 2; }
+  int16_t takeShort(int16_t n) { return n; }
+  signed char takeChar(signed char n) { return n; }
+  int takeInt(int n) { return n; }
   int32_t limit() const { return limit_; }
   void setLimit(int32_t n) { limit_ = n; }
   int32_t limit_ = 7;
@@ -46,6 +50,10 @@ void registerMeter() {
       .method("U32:", &Meter::takeU32)
       .method("U64:", &Meter::takeU64)
       .method("U8:", &Meter::takeU8)
+      .method("Scale:", &Meter::scale)
+      .method("Short:", &Meter::takeShort)
+      .method("Char:", &Meter::takeChar)
+      .method("Whole:", &Meter::takeInt)
       .method("Offset:", [offset](int64_t n) { return n + *offset; })  // captures, no receiver
       .method("Shout:", shout)
       .method("Counted", [calls = 0](Meter&) mutable { return ++calls; })
@@ -84,6 +92,25 @@ TEST(Binding, SixtyFourBitValuesTravelWhole) {
       {u"Limit(12)\nRESULT = Limit", u"12"},
   };
   lxtest::expectTexts(cases, runWithMeter);
+}
+
+// float is a floating-point number both ways; narrow signed integers take what fits and
+// refuse the rest; int keeps the saturating text-to-integer reading.
+TEST(Binding, FloatsAreNumbersAndNarrowIntegersDoNotWrap) {
+  const lxtest::TextCase cases[] = {
+      {u"RESULT = Scale(10.75)", u"21.5"},
+      {u"RESULT = Scale(\"0.25\")", u"0.5"},
+      {u"RESULT = VarType(Scale(1)) & TypeName(Scale(1.5))", u"2Double"},
+      {u"RESULT = Short(-32768) & \" \" & Short(32767) & \" \" & Short(\"12abc\")",
+       u"-32768 32767 12"},
+      {u"RESULT = Char(-128) & \" \" & Char(127)", u"-128 127"},
+      {u"RESULT = Whole(5000000000) & \" \" & Whole(-5000000000)", u"2147483647 -2147483648"},
+  };
+  lxtest::expectTexts(cases, runWithMeter);
+  for (std::u16string_view line : {u"Short(100000)", u"Short(-32769)", u"Char(128)",
+                                   u"Short(5000000000)", u"Char(\"-200\")"}) {
+    EXPECT_THROW(runWithMeter(line), lx::InvalidArgumentException) << lx::toUtf8(line);
+  }
 }
 
 TEST(Binding, UnsignedParametersRefuseValuesThatWouldWrap) {
