@@ -53,4 +53,10 @@ inline ValueRef slotRefOf(const Variant& v) {
   return slotOf(v) ? std::static_pointer_cast<LxValue>(v.objectUnchecked()) : nullptr;
 }
 
+// A value a host hands to a script, shaped as script arrays are: an array holding anything
+// but variable slots (a host's Variant::from(std::vector<Variant>{...})) is copied, each item
+// in a slot of its own and nested arrays alike, so that the script can index and assign it.
+// Arrays that are already so, and every other value, are answered as they are.
+LX_API Variant scriptValueOf(const Variant& value);
+
 }  // namespace lx

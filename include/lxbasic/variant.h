@@ -199,8 +199,13 @@ class LX_API Variant {
   // (the number must be integral and fit), double, float, std::vector<Variant> (a copy of
   // an array's items), std::chrono::system_clock::time_point (a date, to the microsecond), Number,
   // ArrayRef, ObjectRef. Strings are never parsed: as<int>() of "12" is std::nullopt.
+  // The elements of a script's arrays are variable slots: as<T>() (but for ObjectRef) reads
+  // the value a slot holds, and as<std::vector<Variant>>() answers the values, not the slots.
   template <class T>
   std::optional<T> as() const;
+
+  // The value a variable slot holds, or this value itself when it is no slot.
+  LX_API const Variant& unslotted() const noexcept;
 
   // A value made from a standard type: the inverse of as<T>(). Integers of up to 32 bits
   // become 32-bit numbers, wider ones 64-bit (or unsigned 64-bit) numbers.
@@ -254,6 +259,11 @@ class LX_API Array : public std::enable_shared_from_this<Array> {
 template <class T>
 std::optional<T> Variant::as() const {
   using Clock = std::chrono::system_clock;
+  if constexpr (!std::is_same_v<T, ObjectRef>) {
+    if (isObject()) {
+      if (const Variant& inner = unslotted(); &inner != this) return inner.as<T>();
+    }
+  }
   if constexpr (std::is_same_v<T, UString>) {
     if (isString()) return stringUnchecked();
   } else if constexpr (std::is_same_v<T, std::string>) {
@@ -274,7 +284,12 @@ std::optional<T> Variant::as() const {
   } else if constexpr (std::is_floating_point_v<T>) {
     if (isNumber()) return static_cast<T>(numberUnchecked().toDouble());
   } else if constexpr (std::is_same_v<T, std::vector<Variant>>) {
-    if (isArray()) return arrayUnchecked()->items;
+    if (isArray()) {
+      std::vector<Variant> values;
+      values.reserve(arrayUnchecked()->items.size());
+      for (const Variant& item : arrayUnchecked()->items) values.push_back(item.unslotted());
+      return values;
+    }
   } else if constexpr (std::is_same_v<T, Clock::time_point>) {
     if (isDate()) {
       // Dates hold seconds in a double: good to the microsecond for this era, not finer.

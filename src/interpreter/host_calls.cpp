@@ -25,6 +25,7 @@ Variant ScriptCore::call(UStringView name, std::span<const Variant> args) {
   std::vector<Variant> passed(args.begin(), args.end());
   for (Variant& v : passed) {
     if (v.isEmpty()) v = Variant(nullObject());
+    v = scriptValueOf(v);
   }
   ErrorRef inner;
   CallResult result = sub->run(passed, &inner);

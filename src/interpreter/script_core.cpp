@@ -310,10 +310,10 @@ bool LxBasicScript::checkSyntax() const {
   return core_->checkSyntax();
 }
 ValueRef LxBasicScript::addVarWithName(UStringView name, const Variant& value) {
-  return core_->addVarWithName(name, value);
+  return core_->addVarWithName(name, scriptValueOf(value));
 }
 ValueRef LxBasicScript::addConstWithName(UStringView name, const Variant& value) {
-  return core_->addConstWithName(name, value);
+  return core_->addConstWithName(name, scriptValueOf(value));
 }
 Variant LxBasicScript::valueOf(UStringView name) const {
   ValueRef slot = core_->getValueForVar(name);

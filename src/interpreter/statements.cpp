@@ -16,20 +16,22 @@ bool ScriptCore::sendCounted(Object& target, const MethodInfo& method,
   ScriptCore* root = _owner ? _owner->getRootOwner() : nullptr;
   if (!root) {
     *r = sendMsgToObj(target, method, args);
-    return true;
-  }
-  if (root->stack() >= 256) {
-    setError(LxError::make(kStackOverflow));
-    return false;
-  }
-  root->_stack.fetch_add(1);
-  try {
-    *r = sendMsgToObj(target, method, args);
-  } catch (...) {
+  } else {
+    if (root->stack() >= 256) {
+      setError(LxError::make(kStackOverflow));
+      return false;
+    }
+    root->_stack.fetch_add(1);
+    try {
+      *r = sendMsgToObj(target, method, args);
+    } catch (...) {
+      root->_stack.fetch_sub(1);
+      throw;
+    }
     root->_stack.fetch_sub(1);
-    throw;
   }
-  root->_stack.fetch_sub(1);
+  // An array a host method made holds plain values; the script needs slots to index it.
+  if (r->value.isArray()) r->value = scriptValueOf(r->value);
   return true;
 }
 
