@@ -4,11 +4,11 @@
 #include <cstdint>
 #include <optional>
 
+#include "bridge/script_services.h"
 #include "builtins/common.h"
 #include "builtins/families.h"
 #include "builtins/guard.h"
 #include "builtins/text_search.h"
-#include "interpreter/script_core.h"
 #include "lxbasic/exceptions.h"
 #include "lxbasic/text.h"
 #include "lxbasic/value.h"

@@ -1,28 +1,26 @@
+#include "bridge/script_services.h"
 #include "builtins/families.h"
 #include "dialogs/dialog_boxes.h"
-#include "interpreter/script_core.h"
 
 namespace lx {
 
 namespace {
 
-// A procedure's child script has no provider of its own; the dialogs belong to the script
-// the host set up, so the search goes up through the owners.
-std::shared_ptr<DialogProvider> providerFor(const ScriptCore* script) {
-  for (; script; script = script->getOwner()) {
-    if (const auto& p = script->dialogProvider()) return p;
+std::shared_ptr<DialogProvider> providerFor(const ScriptServices* script) {
+  if (script) {
+    if (auto p = script->dialogs()) return p;
   }
   return defaultDialogProvider();
 }
 
-StopPoll stopPollFor(const ScriptCore* script) {
+StopPoll stopPollFor(const ScriptServices* script) {
   if (!script) return [] { return false; };
   return [script] { return script->stopRequested(); };
 }
 
 Variant MsgBox3(LxBasicFunc& lib, const Variant& prompt, const Variant& buttons,
                 const Variant& title) {
-  const ScriptCore* script = lib.script();
+  const ScriptServices* script = lib.script();
   return Variant::int32(
       messageBox(*providerFor(script), prompt, buttons, title, stopPollFor(script)));
 }
@@ -37,7 +35,7 @@ Variant MsgBox1(LxBasicFunc& lib, const Variant& prompt) {
 
 Variant InputBox5(LxBasicFunc& lib, const Variant& prompt, const Variant& title, const Variant& def,
                   const Variant& x, const Variant& y) {
-  const ScriptCore* script = lib.script();
+  const ScriptServices* script = lib.script();
   return inputBox(*providerFor(script), prompt, title, def, x, y, stopPollFor(script));
 }
 

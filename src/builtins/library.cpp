@@ -2,8 +2,9 @@
 
 #include <mutex>
 
+#include "bridge/script_services.h"
+#include "foundation/memory_budget.h"
 #include "builtins/families.h"
-#include "interpreter/script_core.h"
 #include "lxbasic/error.h"
 #include "lxbasic/script.h"
 #include "lxbasic/text.h"
@@ -114,11 +115,6 @@ const std::vector<std::pair<UString, ValueRef>>& predefinedConstants() {
     return made;
   }();
   return slots;
-}
-
-void LxBasicFunc::initWithScript(LxBasicScript& script) {
-  script_ = &script.core();
-  script_->showConstants(ScriptCore::kLibraryConstants);
 }
 
 }  // namespace lx

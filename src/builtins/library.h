@@ -10,21 +10,22 @@
 
 namespace lx {
 
-class ScriptCore;
+class ScriptServices;
 
-class LxBasicFunc final : public Object, public ScriptAware {
+class LxBasicFunc final : public Object {
  public:
   LxBasicFunc();
-  // Remembers the script and shows it the predefined constants (predefinedConstants()).
-  void initWithScript(LxBasicScript& script) override;
-  ScriptCore* script() const noexcept { return script_; }
+  // The script whose host object 0 this is; its functions reach the script through it alone.
+  void attach(ScriptServices& script) noexcept { script_ = &script; }
+  // nullptr when the library is used on its own (a direct call from a test).
+  ScriptServices* script() const noexcept { return script_; }
   std::string className() const override { return "LxBasicFunc"; }
 
   // Objects made by CreateObject, kept for the life of the library object.
   std::vector<ObjectRef> objects;
 
  private:
-  ScriptCore* script_ = nullptr;
+  ScriptServices* script_ = nullptr;
 };
 
 // The library's predefined constants (vbOK, vbYesNo, ...): upper-case names and immutable

@@ -3,9 +3,9 @@
 #include <chrono>
 #include <thread>
 
+#include "bridge/script_services.h"
 #include "builtins/families.h"
 #include "builtins/guard.h"
-#include "interpreter/script_core.h"
 #include "lxbasic/log.h"
 #include "lxbasic/text.h"
 #include "lxbasic/version.h"

@@ -884,9 +884,9 @@ ValueRef Expression::target(ScriptCore& script, Registers& regs) const {
     slot = script.getValueForVar(*key);
   }
   // Assignment falls back to the root script's variables; reading does not.
-  if (!slot && script.getOwner()) {
-    ScriptCore* root = script.getRootOwner();
-    slot = cached ? lookupVariable(*root, *key, rootTargetCache_) : root->getValueForVar(*key);
+  if (!slot && !script.isRoot()) {
+    ScriptCore& root = script.root();
+    slot = cached ? lookupVariable(root, *key, rootTargetCache_) : root.getValueForVar(*key);
   }
   if (!slot) script.setError(LxError::make(kVariableNotFound, original_, targetText_));
   return slot;

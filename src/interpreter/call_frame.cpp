@@ -86,7 +86,6 @@ void CallFrame::bindResult() {
 
 const LxValue* CallFrame::bind(std::span<const Variant> args) {
   ScriptCore& s = *script_;
-  s.adoptOwnerSettings();
   const auto& hostObjects = owner_.getObjs();
   if (hostObjects.size() > 1) {
     s.getObjs().insert(s.getObjs().end(), hostObjects.begin() + 1, hostObjects.end());

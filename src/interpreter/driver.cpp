@@ -130,12 +130,7 @@ compiled::LineCode* ScriptCore::codeFor(PreparedLine& line) {
 
 compiled::LineCode* ScriptCore::compileLine(PreparedLine& line) {
   line.code = compiled::LineCode::compile(static_cast<LineKind>(line.kind), line.text);
-  if (line.code->reference()) {
-    ScriptCore* root = getRootOwner();
-    std::lock_guard lock(root->statsMutex_);
-    auto& fallbacks = root->stats_.fallbacks;
-    if (fallbacks.size() < 100) fallbacks.emplace_back(line.scriptLine + 1, line.code->reason());
-  }
+  if (line.code->reference()) shared_->noteFallback(line.scriptLine + 1, line.code->reason());
   return line.code.get();
 }
 
@@ -148,7 +143,7 @@ void ScriptCore::mainLoop(PreparedLines& lines) {
   // once the run has stopped after its current line (Eval releases it around its own lines).
   // No watchdog reads a procedure's frame.
   std::unique_lock lineLock(lineMutex_, std::defer_lock);
-  if (!_owner) lineLock.lock();
+  if (isRoot_) lineLock.lock();
   for (_curline = 0; _curline >= 0 && static_cast<size_t>(_curline) < lines.size(); ++_curline) {
     const auto index = static_cast<size_t>(_curline);
     // A reference: a handler that runs a nested evaluation swaps the prepared lines out and
@@ -156,7 +151,7 @@ void ScriptCore::mainLoop(PreparedLines& lines) {
     PreparedLine& line = lines[index];
     currentScriptLine_.store(line.scriptLine, std::memory_order_relaxed);
     if (line.kind == kEmpty || line.kind == kRem) continue;
-    if (lineHook_ && !callLineHook()) break;
+    if (shared_->lineHook() && !callLineHook()) break;
     currentCode_ = compiled ? codeFor(line) : nullptr;
     ++(currentCode_ ? compiledLines : referenceLines);
     try {
@@ -179,17 +174,7 @@ void ScriptCore::mainLoop(PreparedLines& lines) {
   }
   currentCode_ = nullptr;
   if (lineLock.owns_lock()) lineLock.unlock();
-  ScriptCore* root = getRootOwner();
-  root->compiledLines_.fetch_add(compiledLines, std::memory_order_relaxed);
-  root->referenceLines_.fetch_add(referenceLines, std::memory_order_relaxed);
-}
-
-ScriptCore::ExecutionStats ScriptCore::executionStats() const {
-  std::lock_guard lock(statsMutex_);
-  ExecutionStats stats = stats_;
-  stats.compiledLines = compiledLines_.load(std::memory_order_relaxed);
-  stats.referenceLines = referenceLines_.load(std::memory_order_relaxed);
-  return stats;
+  shared_->countLines(compiledLines, referenceLines);
 }
 
 void ScriptCore::executeLine(PreparedLine& line) {
@@ -342,8 +327,8 @@ void ScriptCore::beginRun() {
   // stop request sets them under, so a stop racing the start is either wholly undone or
   // wholly kept.
   std::lock_guard lock(errorMutex_);
-  if (!_owner) {
-    stop_.store(false);
+  if (isRoot_) {
+    shared_->clearStop();
     stopSticky_ = false;
   }
   if (stopSticky_ && _error) return;  // a child keeps its run's stop
@@ -397,7 +382,7 @@ void ScriptCore::evalLines(const LxBasicStringList& lines) {
   evaluating_ = true;
   setError(nullptr);
   // The evaluated line takes the lock of its own lines; release the enclosing line's.
-  std::timed_mutex* held = _owner ? nullptr : &lineMutex_;
+  std::timed_mutex* held = isRoot_ ? &lineMutex_ : nullptr;
   if (held) held->unlock();
   struct Relock {
     std::timed_mutex* m;
@@ -408,8 +393,8 @@ void ScriptCore::evalLines(const LxBasicStringList& lines) {
   // An evaluation is a run of this script, not a call: it adds no call level (the built-in
   // call that started it may have). It has a nesting limit of its own, and moves to a fresh
   // stack when this one runs low.
-  ScriptCore* root = getRootOwner();
-  if (root->evalNesting_ >= kMaxEvalNesting) {
+  int32_t& nesting = shared_->evalNesting();
+  if (nesting >= kMaxEvalNesting) {
     setError(LxError::make(kStackOverflow));
     return;
   }
@@ -421,9 +406,9 @@ void ScriptCore::evalLines(const LxBasicStringList& lines) {
       failure = std::current_exception();
     }
   };
-  ++root->evalNesting_;
+  ++nesting;
   const bool ran = runWithStackRoom(body);
-  --root->evalNesting_;
+  --nesting;
   if (!ran) setError(LxError::make(kStackOverflow));
   if (failure) std::rethrow_exception(failure);
   if (stopRequested()) throw ScriptStopped();
@@ -481,7 +466,7 @@ Variant ScriptCore::run(const Variant& argument) {
 
   std::unique_lock lock(completion->m);
   auto finished = [&] { return completion->done; };
-  const int64_t limit = timeLimitMs_.load();
+  const int64_t limit = timeLimit();
   if (limit < 0) {
     completion->cv.wait(lock, finished);
   } else {

@@ -11,7 +11,7 @@ Variant ScriptCore::call(UStringView name, std::span<const Variant> args) {
   std::shared_ptr<LxBasicSub> sub = getSubByName(name);
   _running.store(1);
   setError(nullptr);
-  stop_.store(false);
+  shared_->clearStop();
   clearLastException();
   struct EndOfCall {
     ScriptCore& s;

@@ -8,25 +8,23 @@ namespace lx {
 void ScriptCore::setLineHook(LineHook hook) {
   // Replacing the function while a run calls it would race; hooks are set between runs.
   if (running()) throw InvalidArgumentException("setLineHook: the script is running");
-  lineHookStore_ = std::move(hook);
-  lineHook_ = lineHookStore_ ? &lineHookStore_ : nullptr;
+  shared_->setLineHook(std::move(hook));
 }
 
 int32_t ScriptCore::sourceLine() const {
   const int32_t here = currentScriptLine_.load(std::memory_order_relaxed);
-  if (!_owner || here < 0 || static_cast<size_t>(here) >= _script.count()) return here;
+  if (isRoot_ || evaluating_ || here < 0 || static_cast<size_t>(here) >= _script.count()) {
+    return here;
+  }
   // Procedure bodies carry the host script's line index of each of their lines.
   const Variant& tag = _script.objectAtIndex(static_cast<size_t>(here));
   return tag.isNumber() ? tag.numberUnchecked().toInt32() : here;
 }
 
 bool ScriptCore::callLineHook() {
-  int32_t depth = 0;
-  ScriptCore* root = this;
-  for (; root->_owner; root = root->_owner) ++depth;
-  if ((*lineHook_)(sourceLine() + 1, depth)) return true;
+  if ((*shared_->lineHook())(sourceLine() + 1, callLevel_)) return true;
   // A stop from the hook is a terminate of the whole run, so callers unwind as well.
-  root->terminate();
+  root().terminate();
   return false;
 }
 

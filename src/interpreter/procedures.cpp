@@ -76,8 +76,8 @@ LxBasicSub::~LxBasicSub() = default;
 
 CallResult LxBasicSub::run(std::span<const Variant> args, ErrorRef* error) {
   if (args.size() != params_.size()) return CallResult{Variant(), true};
-  ScriptCore* root = owner_->getRootOwner();
-  if (root->stack() >= kMaxCallDepth) {
+  SharedState& shared = owner_->shared();
+  if (shared.callDepth() >= kMaxCallDepth) {
     if (error) *error = LxError::make(kStackOverflow);
     return {};
   }
@@ -102,9 +102,10 @@ CallResult LxBasicSub::run(std::span<const Variant> args, ErrorRef* error) {
       } catch (...) {
       }
     };
-    root->setStack(root->stack() + 1);
+    shared.enterCall();
+    child.setCallLevel(shared.callDepth());
     ran = runWithStackRoom(run);
-    root->setStack(root->stack() - 1);
+    shared.leaveCall();
   }
   return finishCall(ran, child.hasError() ? child.error() : nullptr,
                     result ? result->data() : Variant(), error);
@@ -126,7 +127,7 @@ CallResult LxBasicSub::finishCall(bool ran, const ErrorRef& inner, Variant value
 }
 
 CallResult LxBasicSub::runAsChildScript(std::span<const Variant> args, ErrorRef* error) {
-  ScriptCore* root = owner_->getRootOwner();
+  SharedState& shared = owner_->shared();
   auto child = ScriptCore::createChild(*owner_);
   child->getScript() = body_;
   for (size_t i = 0; i < params_.size(); ++i) child->addVarWithName(params_[i], args[i]);
@@ -146,9 +147,10 @@ CallResult LxBasicSub::runAsChildScript(std::span<const Variant> args, ErrorRef*
     } catch (...) {
     }
   };
-  root->setStack(root->stack() + 1);
+  shared.enterCall();
+  child->setCallLevel(shared.callDepth());
   const bool ran = runWithStackRoom(body);
-  root->setStack(root->stack() - 1);
+  shared.leaveCall();
   return finishCall(ran, child->error(), result ? result->data() : Variant(), error);
 }
 
@@ -214,14 +216,9 @@ ErrorRef procedureFailure(const LxError& inner) {
   return LxError::errorWithCode(codeOneLevelOut(inner.code()), inner.desc(), inner.line());
 }
 
-ScriptCore* ScriptCore::getRootOwner() noexcept {
-  ScriptCore* script = this;
-  while (script->_owner) script = script->_owner;
-  return script;
-}
-
 std::shared_ptr<LxBasicSub> ScriptCore::getSubByName(UStringView name) const {
-  return _subs ? _subs->getSubByName(name) : nullptr;
+  const auto& table = shared_->procedures();
+  return table ? table->getSubByName(name) : nullptr;
 }
 
 CallResult ScriptCore::callProcedure(LxBasicSub& sub, std::span<const Variant> args,
@@ -250,7 +247,7 @@ void ScriptCore::parseFunc(const UString& line) {
     if (!trim(rest).empty()) return fail(*this, kSyntaxError);
   }
   if (getValueForVar(name) || getSubByName(name)) return fail(*this, kRedeclaration);
-  _newsub = _subs->addSubWithName(name, std::move(params), {}, func);
+  _newsub = shared_->procedures()->addSubWithName(name, std::move(params), {}, func);
 }
 
 void ScriptCore::appendToOpenProcedure(const UString& line) {

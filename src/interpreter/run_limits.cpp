@@ -55,13 +55,8 @@ void ScriptCore::requestStop(ErrorRef reason) {
     _error = std::move(reason);
     errorSet_.store(true, std::memory_order_release);
     stopSticky_ = true;
-    stop_.store(true);
+    shared_->raiseStop();
   }
-  {
-    // Taken so that a sleeper between its check of the flag and its wait still wakes.
-    std::lock_guard lock(stopMutex_);
-  }
-  stopCv_.notify_all();
 }
 
 bool ScriptCore::claimRun() {
@@ -83,38 +78,27 @@ bool ScriptCore::waitUntilFinished(std::chrono::milliseconds limit) const {
 }
 
 RunLimits ScriptCore::runLimits() const {
-  const ScriptCore* root = this;
-  while (root->_owner) root = root->_owner;
-  return RunLimits{root->budget_, &scriptStopped, this};
+  return RunLimits{shared_->budget(), &scriptStopped, this};
 }
 
 void ScriptCore::setTimeLimit(int64_t milliseconds) {
   if (running()) return;
-  timeLimitMs_.store(milliseconds < 0 ? -1 : milliseconds);
   const int64_t seconds = milliseconds < 0 ? -1 : (milliseconds + 999) / 1000;
-  _timeout.store(static_cast<int32_t>(std::min<int64_t>(seconds, INT32_MAX)));
+  shared_->setTimeLimit(milliseconds < 0 ? -1 : milliseconds,
+                        static_cast<int32_t>(std::min<int64_t>(seconds, INT32_MAX)));
 }
 
 void ScriptCore::setMemoryLimit(int64_t bytes) {
-  if (!running() && budget_) budget_->setLimit(bytes);
+  if (!running()) shared_->budget()->setLimit(bytes);
 }
 
 int64_t ScriptCore::memoryLimit() const noexcept {
-  if (!budget_) return 0;
-  const int64_t limit = budget_->limit();
+  const int64_t limit = shared_->budget()->limit();
   return limit == INT64_MAX ? 0 : limit;
 }
 
 void ScriptCore::setCreatableClasses(std::vector<std::string> names) {
-  if (!running()) creatable_ = std::move(names);
-}
-
-bool ScriptCore::mayCreate(std::string_view className) const {
-  const ScriptCore* root = this;
-  while (root->_owner) root = root->_owner;
-  if (root->creatable_.empty()) return true;
-  return std::find(root->creatable_.begin(), root->creatable_.end(), className) !=
-         root->creatable_.end();
+  if (!running()) shared_->setCreatableClasses(std::move(names));
 }
 
 std::shared_ptr<const LxError> ScriptCore::errorSnapshot() const {
@@ -146,7 +130,7 @@ std::thread startWatch(WatchState& state, ScriptCore& script, std::chrono::milli
 class ScriptCore::Watchdog {
  public:
   explicit Watchdog(ScriptCore& script) {
-    const int64_t ms = script._owner ? -1 : script.timeLimitMs_.load();
+    const int64_t ms = script.isRoot() ? script.timeLimit() : -1;
     if (ms < 0) return;
     thread_ = startWatch(state_, script, std::chrono::milliseconds(std::max<int64_t>(10, ms)),
                          [](ScriptCore& s) { s.requestStop(LxError::make(kTimeout)); });

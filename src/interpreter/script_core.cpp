@@ -16,27 +16,26 @@ namespace lx {
 ScriptCore::ScriptCore() = default;
 
 ScriptCore::~ScriptCore() {
+  if (!isRoot_ || !shared_) return;
   // Idle call frames are children of this script that its procedures keep.
-  if (!_owner && _subs) _subs->releaseFrames();
+  if (const auto& table = shared_->procedures()) table->releaseFrames();
   // Arrays that contain themselves would outlive the script; only the script tree's root
   // knows that none of its runs is left to use them.
-  if (!_owner && budget_) budget_->breakCycles();
+  shared_->budget()->breakCycles();
 }
 
 std::shared_ptr<ScriptCore> ScriptCore::create() {
   std::shared_ptr<ScriptCore> script(new ScriptCore());
-  script->budget_ = std::make_shared<MemoryBudget>();
-  script->_subs = makeProcedureTable(*script);
+  script->shared_ = std::make_shared<SharedState>(*script);
+  script->isRoot_ = true;
+  script->shared_->setProcedures(makeProcedureTable(*script));
   script->initialise();
   return script;
 }
 
 std::shared_ptr<ScriptCore> ScriptCore::createChild(ScriptCore& owner) {
   std::shared_ptr<ScriptCore> child(new ScriptCore());
-  child->_owner = &owner;
-  child->budget_ = owner.budget_;
-  child->_subs = owner._subs;  // shared, so a child needs no table of its own
-  child->adoptOwnerSettings();
+  child->shared_ = owner.shared_;
   child->initialise();
   child->_objs.insert(child->_objs.end(), owner._objs.begin() + (owner._objs.empty() ? 0 : 1),
                       owner._objs.end());
@@ -44,13 +43,10 @@ std::shared_ptr<ScriptCore> ScriptCore::createChild(ScriptCore& owner) {
   return child;
 }
 
-void ScriptCore::adoptOwnerSettings() noexcept {
-  lineHook_ = _owner->lineHook_;
-  if (dialogs_ != _owner->dialogs_) dialogs_ = _owner->dialogs_;
-}
-
 void ScriptCore::initialise() {
   library_ = std::make_shared<LxBasicFunc>();
+  library_->attach(*this);
+  showConstants(kLibraryConstants);
   addObj(library_);
   addConstWithName(u"err", Variant(std::make_shared<LxError>(0, UString(), UString(), -1)));
   showConstants(kScriptConstants);
@@ -71,8 +67,7 @@ UString ScriptCore::script() const {
 
 void ScriptCore::setTimeout(int32_t seconds) {
   if (running()) return;
-  _timeout.store(seconds);
-  timeLimitMs_.store(seconds < 0 ? -1 : int64_t{seconds} * 1000);
+  shared_->setTimeLimit(seconds < 0 ? -1 : int64_t{seconds} * 1000, seconds);
 }
 
 ErrorRef ScriptCore::error() const {
@@ -102,14 +97,6 @@ void ScriptCore::terminate() {
   requestStop(LxError::make(kCorrectExit));
 }
 
-bool ScriptCore::interruptibleSleep(double seconds) const {
-  const ScriptCore* root = this;
-  while (root->_owner) root = root->_owner;
-  std::unique_lock lock(root->stopMutex_);
-  auto duration = std::chrono::duration<double>(seconds);
-  return !root->stopCv_.wait_for(lock, duration, [this] { return stopRequested(); });
-}
-
 void ScriptCore::reset() {
   varsChanged();
   objsEpoch_ = nextBindingEpoch();
@@ -127,7 +114,7 @@ void ScriptCore::reset() {
   addVarWithName(u"err", Variant(std::make_shared<LxError>(0, UString(), UString(), -1)));
   _curline = 0;
   _ignore_error = 0;
-  if (!_owner && budget_) budget_->breakCycles();
+  if (isRoot_) shared_->budget()->breakCycles();
 }
 
 void ScriptCore::restart() {
@@ -139,13 +126,13 @@ void ScriptCore::restart() {
   _loops.clear();
   _tmps.clear();
   _newsub.reset();
-  if (_subs) _subs->releaseFrames();
-  _subs = makeProcedureTable(*this);
+  if (const auto& table = shared_->procedures()) table->releaseFrames();
+  shared_->setProcedures(makeProcedureTable(*this));
   _curline = 0;
   _ignore_error = 0;
-  _stack.store(0);
+  shared_->resetCallDepth();
   setError(nullptr);
-  stop_.store(false);
+  shared_->clearStop();
   clearLastException();
   initialise();
 }

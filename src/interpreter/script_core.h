@@ -21,11 +21,13 @@
 #include <unordered_map>
 #include <vector>
 
+#include "bridge/script_services.h"
 #include "foundation/memory_budget.h"
 #include "interpreter/epoch.h"
 #include "interpreter/line_kind.h"
 #include "interpreter/loop_stack.h"
 #include "interpreter/prepared_line.h"
+#include "interpreter/shared_state.h"
 #include "lxbasic/bridge.h"
 #include "lxbasic/error.h"
 #include "lxbasic/script.h"
@@ -46,12 +48,13 @@ class LxLoopProtocol;
 class DialogProvider;
 struct MethodInfo;
 
-class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
+class ScriptCore final : public ScriptServices, public std::enable_shared_from_this<ScriptCore> {
  public:
   // init: a script for a host, with its library object registered as host object 0.
   static std::shared_ptr<ScriptCore> create();
-  // initWithOwner: the child script of one procedure call; shares the owner's procedure
-  // table and host objects (but for the library object, of which it has its own).
+  // initWithOwner: the child script of one procedure call; shares the owner's state (the
+  // procedure table, limits, stop request) and host objects (but for the library object, of
+  // which it has its own).
   static std::shared_ptr<ScriptCore> createChild(ScriptCore& owner);
   ~ScriptCore();
 
@@ -59,17 +62,19 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   void setScript(const Variant& text);
   UString script() const;
   void setTimeout(int32_t seconds);
-  int32_t timeout() const noexcept { return _timeout.load(); }
+  int32_t timeout() const noexcept { return shared_->timeoutSeconds(); }
   // The time limit in milliseconds (negative: none); applies to run and runScript alike.
   void setTimeLimit(int64_t milliseconds);
-  int64_t timeLimit() const noexcept { return timeLimitMs_.load(); }
+  int64_t timeLimit() const noexcept { return shared_->timeLimitMs(); }
   // Memory the script tree may hold, in bytes (0: no limit); ignored while running.
   void setMemoryLimit(int64_t bytes);
   int64_t memoryLimit() const noexcept;
-  const BudgetRef& budget() const noexcept { return budget_; }
+  const BudgetRef& budget() const noexcept { return shared_->budget(); }
   // CreateObject's per-script allow-list (empty: any creatable class); the tree's root's.
   void setCreatableClasses(std::vector<std::string> names);
-  bool mayCreate(std::string_view className) const;
+  bool mayCreate(std::string_view className) const override {
+    return shared_->mayCreate(className);
+  }
   // Waits until no run of this script is active any more; false when `limit` passed first.
   bool waitUntilFinished(std::chrono::milliseconds limit) const;
   ErrorRef error() const;
@@ -95,11 +100,9 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   // procedure bodies.
   int32_t sourceLine() const;
   bool checkSyntax() const noexcept { return true; }
-  int32_t stack() const noexcept { return _stack.load(); }
-  void setStack(int32_t s) noexcept { _stack.store(s); }
   LxBasicStringList& getScript() noexcept { return _script; }
   std::vector<ObjectRef>& getObjs() noexcept { return _objs; }
-  const std::shared_ptr<LxBasicSubs>& getSubs() const noexcept { return _subs; }
+  const std::shared_ptr<LxBasicSubs>& getSubs() const noexcept { return shared_->procedures(); }
   void addObj(ObjectRef obj);
   int32_t objCount() const noexcept { return static_cast<int32_t>(_objs.size()); }
   void removeObj(int32_t index);
@@ -111,23 +114,25 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   LxBasicFunc& library() const noexcept { return *library_; }
   std::exception_ptr lastException() const;
   void clearLastException();
-  void setDialogProvider(std::shared_ptr<DialogProvider> p) { dialogs_ = std::move(p); }
-  const std::shared_ptr<DialogProvider>& dialogProvider() const noexcept { return dialogs_; }
+  void setDialogProvider(std::shared_ptr<DialogProvider> p) { shared_->setDialogs(std::move(p)); }
 
-  // A stop was requested (terminate or the time limit) for this run or, from inside a
-  // procedure or Eval, for the script that started it. Long waits poll this.
-  bool stopRequested() const noexcept {
-    return stop_.load(std::memory_order_relaxed) || (_owner && _owner->stopRequested());
-  }
+  // A stop was requested (terminate or the time limit) for the run of this script tree.
+  // Long waits poll this.
+  bool stopRequested() const noexcept override { return shared_->stopRequested(); }
   // Sleeps up to `seconds`, waking early when a stop is requested; answers false then.
-  bool interruptibleSleep(double seconds) const;
+  bool interruptibleSleep(double seconds) const override {
+    return shared_->interruptibleSleep(seconds);
+  }
+  std::shared_ptr<DialogProvider> dialogs() const override { return shared_->dialogs(); }
+  // Eval's access (see ScriptServices).
+  ValueRef addVariable(UStringView name) override { return addVarWithName(name, Variant()); }
+  void removeVariable(UStringView name) override { removeVar(name); }
+  void runNestedLines(const LxBasicStringList& lines) override { evalLines(lines); }
 
   // The reference evaluator: every line is run by rewriting its text, none through its
   // compiled form. Procedure and Eval scripts follow their root script's choice.
-  void setReferenceEvaluator(bool on) noexcept { referenceEvaluator_.store(on); }
-  bool referenceEvaluator() const noexcept {
-    return _owner ? _owner->referenceEvaluator() : referenceEvaluator_.load();
-  }
+  void setReferenceEvaluator(bool on) noexcept { shared_->setReferenceEvaluator(on); }
+  bool referenceEvaluator() const noexcept { return shared_->referenceEvaluator(); }
 
   // ---- running (driver.cpp)
   Variant run();
@@ -153,7 +158,7 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   // How many lines ran through their compiled form and how many on the reference evaluator,
   // counted on the root script for its procedures and Eval too; and why lines fell back.
   using ExecutionStats = LxBasicScript::ExecutionStats;
-  ExecutionStats executionStats() const;
+  ExecutionStats executionStats() const { return shared_->executionStats(); }
 
   // ---- statement handlers (driver.cpp and the statement sources)
   void parseOnError(const UString& line);
@@ -227,11 +232,15 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   // ---- procedures (procedures.cpp)
   // Runs a procedure body's prepared lines in this child script (a call frame).
   void runFrameBody(PreparedLines& lines) { mainLoop(lines); }
-  // Takes the line hook and dialog provider the owner has now, which a host may have changed
-  // since this child was made.
-  void adoptOwnerSettings() noexcept;
-  ScriptCore* getOwner() const noexcept { return _owner; }
-  ScriptCore* getRootOwner() noexcept;
+  // The state this script shares with the rest of its tree, one hop away.
+  SharedState& shared() const noexcept { return *shared_; }
+  // The host's script of the tree; a procedure's script is not one.
+  bool isRoot() const noexcept { return isRoot_; }
+  // How many procedure calls deep this script's lines run (0 for the host's script); the
+  // line hook reports it.
+  int32_t callLevel() const noexcept { return callLevel_; }
+  void setCallLevel(int32_t level) noexcept { callLevel_ = level; }
+  ScriptCore& root() const noexcept { return shared_->root(); }
   // The procedure of that name (any letter case), or nullptr.
   std::shared_ptr<LxBasicSub> getSubByName(UStringView name) const;
   // One call of a procedure: its result, or argumentMismatch when the argument count is
@@ -280,7 +289,6 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   void setObjsEpoch(uint64_t epoch) noexcept { objsEpoch_ = epoch; }
 
   // ---- state shared with the statement sources
-  ScriptCore* _owner = nullptr;
   LxBasicStringList _script;
   std::unique_ptr<LxBasicStringList> _optimized;
   std::unordered_map<UString, ValueRef> _vars;
@@ -289,13 +297,10 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   LoopStack _loops;
   std::vector<UString> _tmps;
   std::shared_ptr<LxBasicSub> _newsub;
-  std::shared_ptr<LxBasicSubs> _subs;
   int32_t _curline = 0;
   int32_t _ignore_error = 0;
   int32_t _check = 0;
-  std::atomic<int32_t> _stack{0};
   std::atomic<int32_t> _running{0};
-  std::atomic<int32_t> _timeout{-1};
 
  private:
   ScriptCore();
@@ -304,14 +309,13 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   bool applyErrorPolicy(const UString& line, int32_t scriptLine);
   void prepareSource();
 
+  std::shared_ptr<SharedState> shared_;
+  bool isRoot_ = false;
+  int32_t callLevel_ = 0;
   std::shared_ptr<LxBasicFunc> library_;
-  std::shared_ptr<DialogProvider> dialogs_;
   mutable std::mutex errorMutex_;
   ErrorRef _error;
   std::atomic<bool> errorSet_{false};
-  std::atomic<bool> stop_{false};
-  mutable std::mutex stopMutex_;
-  mutable std::condition_variable stopCv_;
   // Held by the script thread while its lines run, so that a watchdog that gives up waiting
   // reads RESULT only once the stopped run has left its last line.
   mutable std::timed_mutex lineMutex_;
@@ -319,31 +323,21 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   mutable std::mutex exceptionMutex_;
   std::atomic<int32_t> currentScriptLine_{-1};
   std::atomic<bool> threadActive_{false};
-  std::atomic<bool> referenceEvaluator_{false};
   std::vector<UString>* newNames_ = nullptr;
   uint8_t constantsShown_ = 0;  // ConstantParts
   const std::vector<UString>* boundNames_ = nullptr;
   ValueRef* const* boundEntries_ = nullptr;
   uint64_t varsEpoch_ = nextBindingEpoch();
   uint64_t objsEpoch_ = nextBindingEpoch();
-  // The root script's hook; child scripts point at their root's.
-  LineHook lineHookStore_;
-  const LineHook* lineHook_ = nullptr;
   PreparedLines prepared_;
   // The compiled form of the line being executed; nullptr on the reference evaluator.
   compiled::LineCode* currentCode_ = nullptr;
   // Eval's lines run once each: compiling them would only cost.
   bool evaluating_ = false;
-  // Eval runs active in this tree, counted on the root (see kMaxEvalNesting).
-  int32_t evalNesting_ = 0;
   compiled::LineCode* compileLine(PreparedLine& line);
   // The line's compiled form, or nullptr when it runs on the reference evaluator.
   compiled::LineCode* codeFor(PreparedLine& line);
   void executeLine(PreparedLine& line);
-  mutable std::mutex statsMutex_;
-  ExecutionStats stats_;  // the fallbacks; the counts are kept apart, counted without a lock
-  std::atomic<uint64_t> compiledLines_{0};
-  std::atomic<uint64_t> referenceLines_{0};
   void execute(const LxBasicStringList& source);
 
   void beginRun();
@@ -372,9 +366,6 @@ class ScriptCore : public std::enable_shared_from_this<ScriptCore> {
   Variant runWatched(const Variant& argument);
   class Watchdog;
 
-  BudgetRef budget_;
-  std::vector<std::string> creatable_;
-  std::atomic<int64_t> timeLimitMs_{-1};
   bool stopSticky_ = false;  // guarded by errorMutex_
   mutable std::mutex finishedMutex_;
   mutable std::condition_variable finishedCv_;

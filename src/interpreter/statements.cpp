@@ -11,24 +11,23 @@ namespace lx {
 
 bool ScriptCore::sendCounted(Object& target, const MethodInfo& method,
                              std::span<const Variant> args, CallResult* r) {
-  // Calls made from a procedure's script count against the depth limit of the root script;
-  // the root itself has no owner to ask and does not count.
-  ScriptCore* root = _owner ? _owner->getRootOwner() : nullptr;
-  if (!root) {
+  // Calls made from a procedure's script count against the tree's call-depth limit; the
+  // host's script itself does not count them.
+  if (isRoot_) {
     *r = sendMsgToObj(target, method, args);
   } else {
-    if (root->stack() >= 256) {
+    if (shared_->callDepth() >= 256) {
       setError(LxError::make(kStackOverflow));
       return false;
     }
-    root->_stack.fetch_add(1);
+    shared_->enterCall();
     try {
       *r = sendMsgToObj(target, method, args);
     } catch (...) {
-      root->_stack.fetch_sub(1);
+      shared_->leaveCall();
       throw;
     }
-    root->_stack.fetch_sub(1);
+    shared_->leaveCall();
   }
   // An array a host method made holds plain values; the script needs slots to index it.
   if (r->value.isArray()) r->value = scriptValueOf(r->value);
@@ -255,8 +254,7 @@ UString ScriptCore::parseLine(const UString& original, bool comparition) {
         }
         line.erase(0, static_cast<size_t>(eq) + 1);
         target = getValueForVar(targetName);
-        ScriptCore* root = getRootOwner();
-        if (!target && root != this) target = root->getValueForVar(targetName);
+        if (!target && !isRoot_) target = root().getValueForVar(targetName);
         if (!target) {
           setError(LxError::make(kVariableNotFound, original, left));
           return UString();

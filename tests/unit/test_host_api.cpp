@@ -166,6 +166,31 @@ TEST(LineHook, SeesEveryExecutedLineWithItsDepth) {
   EXPECT_TRUE(seen.empty());
 }
 
+TEST(LineHook, DepthCountsNestedCallsAndEvalAddsNone) {
+  for (bool reference : {false, true}) {
+    lx::LxBasicScript script;
+    script.setReferenceEvaluator(reference);
+    std::vector<std::pair<int32_t, int32_t>> seen;
+    script.setLineHook([&seen](int32_t line, int32_t depth) {
+      seen.emplace_back(line, depth);
+      return true;
+    });
+    script.setScript(
+        u"FUNCTION Inner(n)\n"            // 1
+        u"  Inner = Eval(\"n + 1\")\n"  // 2
+        u"END FUNCTION\n"                 // 3
+        u"FUNCTION Outer(n)\n"            // 4
+        u"  Outer = Inner(n) * 2\n"       // 5
+        u"END FUNCTION\n"                 // 6
+        u"DIM RESULT = Outer(4)");        // 7
+    EXPECT_EQ(lx::toText(script.runScript()), u"10");
+    // Eval's line is line 1 of its own text, run at the depth of the body that called it.
+    const std::vector<std::pair<int32_t, int32_t>> expected = {
+        {1, 0}, {2, 0}, {3, 0}, {4, 0}, {5, 0}, {6, 0}, {7, 0}, {5, 1}, {2, 2}, {1, 2}};
+    EXPECT_EQ(seen, expected) << (reference ? "reference" : "compiled");
+  }
+}
+
 TEST(LineHook, AnsweringFalseStopsTheRunAtAnyDepth) {
   lx::LxBasicScript script;
   int budget = 50;

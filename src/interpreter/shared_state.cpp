@@ -1,0 +1,41 @@
+#include "interpreter/shared_state.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace lx {
+
+void SharedState::raiseStop() {
+  stop_.store(true);
+  {
+    // Taken so that a sleeper between its check of the flag and its wait still wakes.
+    std::lock_guard lock(stopMutex_);
+  }
+  stopCv_.notify_all();
+}
+
+bool SharedState::interruptibleSleep(double seconds) const {
+  std::unique_lock lock(stopMutex_);
+  auto duration = std::chrono::duration<double>(seconds);
+  return !stopCv_.wait_for(lock, duration, [this] { return stopRequested(); });
+}
+
+bool SharedState::mayCreate(std::string_view className) const {
+  return creatable_.empty() ||
+         std::find(creatable_.begin(), creatable_.end(), className) != creatable_.end();
+}
+
+void SharedState::noteFallback(int32_t scriptLine, std::string reason) {
+  std::lock_guard lock(statsMutex_);
+  if (stats_.fallbacks.size() < 100) stats_.fallbacks.emplace_back(scriptLine, std::move(reason));
+}
+
+SharedState::ExecutionStats SharedState::executionStats() const {
+  std::lock_guard lock(statsMutex_);
+  ExecutionStats stats = stats_;
+  stats.compiledLines = compiledLines_.load(std::memory_order_relaxed);
+  stats.referenceLines = referenceLines_.load(std::memory_order_relaxed);
+  return stats;
+}
+
+}  // namespace lx
