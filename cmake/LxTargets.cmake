@@ -1,5 +1,5 @@
-# The engine's libraries. Every source is compiled once, into lxbasic_objects; from those
-# objects come
+# The engine's libraries. Every source is compiled once, into the object library of its room
+# (below); from those objects come
 #   lxbasic_internal  a static library with every symbol, for the unit tests and benchmarks
 #                     that reach into the engine's internals;
 #   lxbasic           the library hosts link (shared or static, as BUILD_SHARED_LIBS says),
@@ -7,11 +7,11 @@
 # The FLTK dialogs are their own library, lxbasic_fltk, so the engine needs only ICU and the
 # C++ runtime.
 
-# New sources under src/ are picked up without editing this list.
-file(GLOB_RECURSE LX_SOURCES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*.cpp)
-set(LX_FLTK_SOURCES ${LX_SOURCES})
-list(FILTER LX_SOURCES EXCLUDE REGEX ".*/dialogs/fltk_[^/]*\\.cpp$")
-list(FILTER LX_FLTK_SOURCES INCLUDE REGEX ".*/dialogs/fltk_[^/]*\\.cpp$")
+# Each room of src/ is a target of its own, compiled with an include folder that shows it
+# only the rooms it is declared to use (symbolic links under <build>/rooms/<room>/), so an
+# include across a room boundary that is not declared here fails to compile. The rooms and
+# what each may include are described in docs/architecture.md; keep the two in step.
+# New sources in a room are picked up without editing this file.
 
 function(lx_hidden_by_default target)
   set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET hidden
@@ -19,19 +19,62 @@ function(lx_hidden_by_default target)
                                              POSITION_INDEPENDENT_CODE ON)
 endfunction()
 
-add_library(lxbasic_objects OBJECT ${LX_SOURCES})
-lx_hidden_by_default(lxbasic_objects)
-target_include_directories(lxbasic_objects
-  PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
-  PRIVATE ${PROJECT_SOURCE_DIR}/src)
-target_link_libraries(lxbasic_objects PUBLIC Threads::Threads ICU::uc ICU::i18n)
+# lx_room(<target> ROOM <folder> SOURCES <sources...> USES <rooms...>): an object library of
+# the room's sources that sees its own folder, the rooms it USES and the public headers.
+function(lx_room target)
+  cmake_parse_arguments(ARG "" "ROOM" "SOURCES;USES" ${ARGN})
+  set(view ${PROJECT_BINARY_DIR}/rooms/${target})
+  file(REMOVE_RECURSE ${view})
+  file(MAKE_DIRECTORY ${view})
+  foreach(room IN LISTS ARG_USES ARG_ROOM)
+    file(CREATE_LINK ${PROJECT_SOURCE_DIR}/src/${room} ${view}/${room} SYMBOLIC)
+  endforeach()
+  add_library(${target} OBJECT ${ARG_SOURCES})
+  lx_hidden_by_default(${target})
+  target_include_directories(${target}
+    PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+    PRIVATE ${view})
+  target_link_libraries(${target} PUBLIC Threads::Threads ICU::uc ICU::i18n)
+endfunction()
 
-add_library(lxbasic_internal STATIC $<TARGET_OBJECTS:lxbasic_objects>)
+function(lx_room_sources out room)
+  file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/${room}/*.cpp)
+  set(${out} ${sources} PARENT_SCOPE)
+endfunction()
+
+lx_room_sources(LX_FOUNDATION_SOURCES foundation)
+lx_room_sources(LX_BRIDGE_SOURCES bridge)
+lx_room_sources(LX_BUILTINS_SOURCES builtins)
+lx_room_sources(LX_COMPILER_SOURCES compiler)
+lx_room_sources(LX_INTERPRETER_SOURCES interpreter)
+lx_room_sources(LX_DIALOGS_SOURCES dialogs)
+set(LX_FLTK_SOURCES ${LX_DIALOGS_SOURCES})
+list(FILTER LX_DIALOGS_SOURCES EXCLUDE REGEX ".*/dialogs/fltk_[^/]*\\.cpp$")
+list(FILTER LX_FLTK_SOURCES INCLUDE REGEX ".*/dialogs/fltk_[^/]*\\.cpp$")
+
+lx_room(lx_foundation ROOM foundation SOURCES ${LX_FOUNDATION_SOURCES})
+lx_room(lx_bridge ROOM bridge SOURCES ${LX_BRIDGE_SOURCES} USES foundation)
+lx_room(lx_dialogs ROOM dialogs SOURCES ${LX_DIALOGS_SOURCES} USES foundation)
+lx_room(lx_builtins ROOM builtins SOURCES ${LX_BUILTINS_SOURCES}
+        USES foundation bridge dialogs)
+# The compiled form still reads the script object's internals; see docs/architecture.md.
+lx_room(lx_compiler ROOM compiler SOURCES ${LX_COMPILER_SOURCES}
+        USES foundation bridge interpreter)
+lx_room(lx_interpreter ROOM interpreter SOURCES ${LX_INTERPRETER_SOURCES}
+        USES foundation bridge builtins compiler)
+
+set(LX_ROOMS lx_foundation lx_bridge lx_dialogs lx_builtins lx_compiler lx_interpreter)
+set(LX_OBJECTS)
+foreach(room IN LISTS LX_ROOMS)
+  list(APPEND LX_OBJECTS $<TARGET_OBJECTS:${room}>)
+endforeach()
+
+add_library(lxbasic_internal STATIC ${LX_OBJECTS})
 target_include_directories(lxbasic_internal PUBLIC ${PROJECT_SOURCE_DIR}/include
                                                    ${PROJECT_SOURCE_DIR}/src)
 target_link_libraries(lxbasic_internal PUBLIC Threads::Threads ICU::uc ICU::i18n)
 
-add_library(lxbasic $<TARGET_OBJECTS:lxbasic_objects>)
+add_library(lxbasic ${LX_OBJECTS})
 add_library(LxBasic::lxbasic ALIAS lxbasic)
 target_include_directories(lxbasic PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
                                           $<INSTALL_INTERFACE:include>)
@@ -40,10 +83,11 @@ set_target_properties(lxbasic PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 1
                                          EXPORT_NAME lxbasic)
 
 if(LX_WITH_FLTK)
-  add_library(lxbasic_fltk ${LX_FLTK_SOURCES})
+  lx_room(lx_fltk_dialogs ROOM dialogs SOURCES ${LX_FLTK_SOURCES} USES foundation)
+  target_link_libraries(lx_fltk_dialogs PRIVATE LxFLTK::fltk)
+  add_library(lxbasic_fltk $<TARGET_OBJECTS:lx_fltk_dialogs>)
   add_library(LxBasic::fltk ALIAS lxbasic_fltk)
   lx_hidden_by_default(lxbasic_fltk)
-  target_include_directories(lxbasic_fltk PRIVATE ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(lxbasic_fltk PUBLIC lxbasic PRIVATE LxFLTK::fltk)
   set_target_properties(lxbasic_fltk PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 1
                                                 EXPORT_NAME fltk)
