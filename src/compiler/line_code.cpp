@@ -6,7 +6,8 @@ namespace lx::compiled {
 
 namespace {
 
-std::unique_ptr<Expression> compilePiece(const UString& text, TextMode mode, std::string* why) {
+std::shared_ptr<const Expression> compilePiece(const UString& text, TextMode mode,
+                                               std::string* why) {
   if (mode == TextMode::Condition) return Expression::compile(bracketed(text), true, why);
   return Expression::compile(text, false, why);
 }
@@ -26,17 +27,17 @@ const Expression* LineCode::piece(const UString& text, TextMode mode) {
   return pieces_.back().code.get();
 }
 
-bool LineCode::require(const UString& text, TextMode mode) {
-  if (text.empty() || reference_) return !reference_;
+std::shared_ptr<const Expression> LineCode::require(const UString& text, TextMode mode) {
+  if (text.empty() || reference_) return nullptr;
   std::string why;
   auto code = compilePiece(text, mode, &why);
   if (!code) {
     reference_ = true;
     reason_ = why;
-    return false;
+    return nullptr;
   }
-  pieces_.push_back(Piece{mode, text, std::move(code), &text});
-  return true;
+  pieces_.push_back(Piece{mode, text, code, &text});
+  return code;
 }
 
 std::unique_ptr<LineCode> LineCode::compile(LineKind kind, const UString& text) {
@@ -47,15 +48,17 @@ std::unique_ptr<LineCode> LineCode::compile(LineKind kind, const UString& text) 
       break;
     case kIf:
       line->ifParts = splitIf(text);
-      if (line->ifParts.hasThen) line->require(line->ifParts.condition, TextMode::Condition);
-      line->require(line->ifParts.thenPart, TextMode::Statement);
-      line->require(line->ifParts.elsePart, TextMode::Statement);
+      if (line->ifParts.hasThen) {
+        line->condition = line->require(line->ifParts.condition, TextMode::Condition).get();
+      }
+      line->thenPart = line->require(line->ifParts.thenPart, TextMode::Statement).get();
+      line->elsePart = line->require(line->ifParts.elsePart, TextMode::Statement).get();
       break;
     case kFor:
       line->forParts = splitFor(text);
-      line->require(line->forParts.start, TextMode::Statement);
-      line->require(line->forParts.limit, TextMode::Statement);
-      line->require(line->forParts.step, TextMode::Statement);
+      line->forStart = line->require(line->forParts.start, TextMode::Statement).get();
+      line->forLimit = line->require(line->forParts.limit, TextMode::Statement).get();
+      line->forStep = line->require(line->forParts.step, TextMode::Statement).get();
       break;
     case kNext:
     case kWEnd:
@@ -67,7 +70,7 @@ std::unique_ptr<LineCode> LineCode::compile(LineKind kind, const UString& text) 
       break;
     case kWhile:
       line->rest = bracketed(afterFirstWord(text));
-      line->require(line->rest, TextMode::Condition);
+      line->whileCondition = line->require(line->rest, TextMode::Condition);
       break;
     case kDo:
     case kLoop:

@@ -1,5 +1,6 @@
 // IF / ELSE / END IF and the refusal of SELECT CASE. Conditionals never jump: a block IF
 // pushes one truth entry on _ifs, and the driver skips lines while the innermost is false.
+#include "compiler/line_code.h"
 #include "foundation/scanning.h"
 #include "interpreter/line_kind.h"
 #include "interpreter/loops.h"
@@ -53,9 +54,10 @@ namespace {
 
 // An IF condition must come out as a Number; strings are not read as booleans. Answers false
 // after setting the error when it does not.
-bool ifCondition(ScriptCore& script, const UString& text, bool& truth) {
+bool ifCondition(ScriptCore& script, const UString& text, const compiled::Expression* code,
+                 bool& truth) {
   Variant v;
-  if (!script.evaluateText(text, TextMode::Condition, v)) {
+  if (!script.evaluateText(text, TextMode::Condition, v, code)) {
     if (script.errorCode() == 0) script.setError(LxError::make(kSyntaxError));
     return false;
   }
@@ -85,12 +87,14 @@ void ScriptCore::runIf(const IfParts& parts) {
     setError(LxError::make(kIfWithoutThen));
     return;
   }
+  const compiled::LineCode* code = currentCode_;
   if (parts.singleLine) {
     if (!ifValue()) return;
     bool truth = false;
-    if (!ifCondition(*this, parts.condition, truth)) return;
+    if (!ifCondition(*this, parts.condition, code ? code->condition : nullptr, truth)) return;
     const UString& chosen = truth ? parts.thenPart : parts.elsePart;
-    if (!chosen.empty()) executeText(chosen);
+    if (chosen.empty()) return;
+    executeText(chosen, code ? (truth ? code->thenPart : code->elsePart) : nullptr);
     return;
   }
 
@@ -100,7 +104,7 @@ void ScriptCore::runIf(const IfParts& parts) {
     return;
   }
   bool truth = false;
-  if (!ifCondition(*this, parts.condition, truth)) return;
+  if (!ifCondition(*this, parts.condition, code ? code->condition : nullptr, truth)) return;
   _ifs.push_back(truth ? 1 : 0);
 }
 

@@ -252,9 +252,10 @@ void ScriptCore::executeLine(PreparedLine& line) {
 
 // ---- texts evaluated by the handlers
 
-bool ScriptCore::evaluateText(const UString& text, TextMode mode, Variant& out) {
+bool ScriptCore::evaluateText(const UString& text, TextMode mode, Variant& out,
+                              const compiled::Expression* code) {
   if (currentCode_) {
-    if (const compiled::Expression* e = currentCode_->piece(text, mode)) {
+    if (const compiled::Expression* e = code ? code : currentCode_->piece(text, mode)) {
       return e->evaluate(*this, out);
     }
   }
@@ -267,9 +268,10 @@ bool ScriptCore::evaluateText(const UString& text, TextMode mode, Variant& out) 
   return true;
 }
 
-ValueRef ScriptCore::evaluateSlot(const UString& text) {
+ValueRef ScriptCore::evaluateSlot(const UString& text, const compiled::Expression* code) {
   if (currentCode_) {
-    if (const compiled::Expression* e = currentCode_->piece(text, TextMode::Statement)) {
+    if (const compiled::Expression* e =
+            code ? code : currentCode_->piece(text, TextMode::Statement)) {
       return e->evaluateSlot(*this);
     }
   }
@@ -277,9 +279,10 @@ ValueRef ScriptCore::evaluateSlot(const UString& text) {
   return name.empty() ? nullptr : getValue(name);
 }
 
-void ScriptCore::executeText(const UString& text) {
+void ScriptCore::executeText(const UString& text, const compiled::Expression* code) {
   if (currentCode_) {
-    if (const compiled::Expression* e = currentCode_->piece(text, TextMode::Statement)) {
+    if (const compiled::Expression* e =
+            code ? code : currentCode_->piece(text, TextMode::Statement)) {
       return e->execute(*this);
     }
   }

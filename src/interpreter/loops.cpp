@@ -6,6 +6,7 @@
 
 #include <optional>
 
+#include "compiler/line_code.h"
 #include "foundation/scanning.h"
 #include "interpreter/line_kind.h"
 #include "interpreter/rewriting.h"
@@ -27,9 +28,10 @@ bool loopTruth(bool present, const Variant& v) {
 }
 
 // Answers false when the evaluation stopped with an error, which then stands.
-bool loopCondition(ScriptCore& script, const UString& text, bool& truth) {
+bool loopCondition(ScriptCore& script, const UString& text, const compiled::Expression* code,
+                   bool& truth) {
   Variant v;
-  const bool present = script.evaluateText(text, TextMode::Condition, v);
+  const bool present = script.evaluateText(text, TextMode::Condition, v, code);
   if (!present && script.errorCode() != 0) return false;
   truth = loopTruth(present, v);
   return true;
@@ -37,10 +39,11 @@ bool loopCondition(ScriptCore& script, const UString& text, bool& truth) {
 
 // FOR's start, limit and step are read in statement mode; `failed` when an error stopped it.
 // The slot, not its value: a variable named as the start is read after the limit and step.
-ValueRef evaluateOperand(ScriptCore& script, const UString& text, bool& failed) {
+ValueRef evaluateOperand(ScriptCore& script, const UString& text, const compiled::Expression* code,
+                         bool& failed) {
   failed = false;
   if (text.empty()) return nullptr;
-  ValueRef v = script.evaluateSlot(text);
+  ValueRef v = script.evaluateSlot(text, code);
   failed = !v && script.errorCode() != 0;
   return v;
 }
@@ -145,16 +148,17 @@ void ScriptCore::parseFor(const UString& line) {
 
 void ScriptCore::runFor(const ForParts& parts) {
   if (!parts.hasTo) return fail(*this, kSyntaxError);
+  const compiled::LineCode* code = currentCode_;
   bool failed = false;
-  ValueRef start = evaluateOperand(*this, parts.start, failed);
+  ValueRef start = evaluateOperand(*this, parts.start, code ? code->forStart : nullptr, failed);
   if (failed) return;
-  ValueRef limit = evaluateOperand(*this, parts.limit, failed);
+  ValueRef limit = evaluateOperand(*this, parts.limit, code ? code->forLimit : nullptr, failed);
   if (failed) return;
   if (!isNumber(start) || !isNumber(limit)) return fail(*this, kVariableTypeError);
 
   int32_t step = 1;
   if (!parts.step.empty()) {
-    ValueRef given = evaluateOperand(*this, parts.step, failed);
+    ValueRef given = evaluateOperand(*this, parts.step, code ? code->forStep : nullptr, failed);
     if (failed) return;
     if (given) {
       if (!isNumber(given) || given->data().number().toInt32() == 0) {
@@ -203,10 +207,16 @@ void ScriptCore::parseWhile(const UString& line) {
 }
 
 void ScriptCore::runWhile(const UString& expression) {
+  const compiled::LineCode* code = currentCode_;
   Variant v;
-  if (!evaluateText(expression, TextMode::Condition, v)) return;
+  if (!evaluateText(expression, TextMode::Condition, v,
+                    code ? code->whileCondition.get() : nullptr)) {
+    return;
+  }
   if (!v.isNumber() && !v.isString()) return;
   auto loop = LxBasicWhile::whileWithExpression(expression, _curline);
+  // WEND evaluates the same condition: it keeps the compiled form rather than its text.
+  if (code) loop->setCode(code->whileCondition);
   loop->setValid(loopTruth(true, v));
   _loops.push_back(std::move(loop));
 }
@@ -221,7 +231,7 @@ void ScriptCore::runWEnd(bool trailing) {
   if (!loop) return fail(*this, kWendWithoutWhile);
   if (loop->valid()) {
     bool truth = false;
-    if (!loopCondition(*this, loop->expression(), truth)) return;
+    if (!loopCondition(*this, loop->expression(), loop->code(), truth)) return;
     loop->setValid(truth);
     if (truth) {
       _curline = loop->line();
@@ -245,7 +255,7 @@ void ScriptCore::runDo(const UString& rest) {
   if (!readDoCondition(rest, *loop)) return fail(*this, kSyntaxError);
   loop->setFirstForm(true);
   bool truth = false;
-  if (!loopCondition(*this, loop->expression(), truth)) return;
+  if (!loopCondition(*this, loop->expression(), nullptr, truth)) return;
   loop->setValid(truth != loop->isUntil());
   _loops.push_back(std::move(loop));
 }
@@ -266,7 +276,7 @@ void ScriptCore::runLoop(const UString& rest) {
   }
   if (!loop->expression().empty()) {
     bool truth = false;
-    if (!loopCondition(*this, loop->expression(), truth)) return;
+    if (!loopCondition(*this, loop->expression(), nullptr, truth)) return;
     loop->setValid(truth != loop->isUntil());
   }
   if (loop->valid()) {

@@ -10,6 +10,9 @@
 
 namespace lx {
 
+namespace compiled {
+class Expression;
+}
 class ScriptCore;
 
 enum class LoopKind { For, While, Do };
@@ -75,14 +78,22 @@ class LxBasicFor final : public LxLoopProtocol {
 };
 
 // Shared by WHILE and DO: a condition text, already wrapped in parentheses, that the closing
-// statement evaluates again.
+// statement evaluates again, and the compiled form of that text when the opening line had
+// one, so that the closing line runs it instead of finding the text again.
 class LxConditionLoop : public LxLoopProtocol {
  public:
   // Public so that the records can inherit it; the class itself stays abstract.
   LxConditionLoop(LoopKind kind, UString expression, int32_t line)
       : LxLoopProtocol(kind, line), expression_(std::move(expression)) {}
   const UString& expression() const noexcept { return expression_; }
-  void setExpression(UString e) { expression_ = std::move(e); }
+  void setExpression(UString e) {
+    expression_ = std::move(e);
+    code_.reset();
+  }
+  const compiled::Expression* code() const noexcept { return code_.get(); }
+  void setCode(std::shared_ptr<const compiled::Expression> code) noexcept {
+    code_ = std::move(code);
+  }
 
  protected:
   template <class Record>
@@ -92,6 +103,7 @@ class LxConditionLoop : public LxLoopProtocol {
 
  private:
   UString expression_;
+  std::shared_ptr<const compiled::Expression> code_;
 };
 
 class LxBasicWhile final : public LxConditionLoop {

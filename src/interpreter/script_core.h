@@ -38,8 +38,9 @@
 namespace lx {
 
 namespace compiled {
+class Expression;
 class LineCode;
-}
+}  // namespace compiled
 
 class LxBasicFunc;
 class LxBasicSub;
@@ -148,12 +149,17 @@ class ScriptCore final : public ScriptServices, public std::enable_shared_from_t
 
   // ---- texts that statement handlers evaluate (driver.cpp): through the current line's
   // compiled form, or by rewriting the text when the line runs on the reference evaluator.
+  // `code` is the text's compiled form when the line compiled it; without it a compiled line
+  // looks the text up among its pieces.
   // getValue(parseLine(text)): false when there is no value (an error is normally set).
-  bool evaluateText(const UString& text, TextMode mode, Variant& out);
+  bool evaluateText(const UString& text, TextMode mode, Variant& out,
+                    const compiled::Expression* code = nullptr);
   // The same as a slot: a variable's own slot when the text is just its name.
-  ValueRef evaluateSlot(const UString& text);
+  ValueRef evaluateSlot(const UString& text, const compiled::Expression* code = nullptr);
   // parseLine(text) of a statement, its answer dropped.
-  void executeText(const UString& text);
+  void executeText(const UString& text, const compiled::Expression* code = nullptr);
+  // The compiled form of the line being executed; nullptr on the reference evaluator.
+  const compiled::LineCode* currentCode() const noexcept { return currentCode_; }
 
   // How many lines ran through their compiled form and how many on the reference evaluator,
   // counted on the root script for its procedures and Eval too; and why lines fell back.

@@ -120,8 +120,35 @@ TEST(CompiledLines, LoopsAndConditionals) {
       u"IF",
       u"DIM i, j = 1\nFOR i = j TO j + 2\nj = 10\nNEXT\nRESULT = i & j",
       u"DIM n = 0.5\nWHILE n\nn = 0\nWEND\nRESULT = n",  // conditions read the leading integer
+      // WEND runs the condition the WHILE compiled, until EXIT WHILE replaces it by "0"
+      u"DIM n = 0\nWHILE n < 9\nn = n + 1\nIF n = 3 THEN EXIT WHILE\nWEND\nRESULT = n",
+      u"DIM n = 0, m = 0\nWHILE n < 3\nn = n + 1\nWHILE m < n\nm = m + 1\nWEND\nWEND\nRESULT = "
+      u"n & m",
+      u"DIM n = 0\nWHILE n < 3 : n = n + 1 : WEND : RESULT = n",
+      u"DIM i\nFOR i = 1 TO 3 STEP 0\nNEXT\nRESULT = i",
   };
   for (const char16_t* c : cases) same(c);
+}
+
+// A loop left open by one run is closed by the next, whose lines are prepared anew: the
+// closing line must not use what the opening run compiled and has since dropped (a sanitizer
+// build sees it if it does), and both modes must agree on where the loop goes back to.
+TEST(CompiledLines, LoopOpenAcrossRuns) {
+  std::u16string results[2];
+  int32_t codes[2] = {};
+  for (bool reference : {false, true}) {
+    lx::LxBasicScript s;
+    s.setReferenceEvaluator(reference);
+    s.setScript(u"DIM n = 0, RESULT = 0\nWHILE n < 3\nn = n + 1");
+    s.runScript();
+    s.setScript(u"n = n + 10\nWEND\nRESULT = RESULT + n");
+    s.runScript();
+    results[reference] = lx::toText(s.valueOf(u"RESULT"));
+    codes[reference] = s.error() ? s.error()->code() : 0;
+  }
+  EXPECT_EQ(results[0], results[1]);
+  EXPECT_EQ(codes[0], codes[1]);
+  EXPECT_EQ(results[0], u"11");  // n is 1 + 10, and the loop ends
 }
 
 // Element reads by one plain index, arithmetic on numbers read in place and the remembered
