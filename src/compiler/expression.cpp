@@ -7,11 +7,11 @@
 #include "foundation/memory_budget.h"
 #include "foundation/scanning.h"
 #include "interpreter/procedures.h"
-#include "interpreter/quick_arithmetic.h"
-#include "interpreter/rewriting.h"
 #include "interpreter/script_core.h"
 #include "lxbasic/bridge.h"
 #include "lxbasic/text.h"
+#include "syntax/quick_arithmetic.h"
+#include "syntax/text_rules.h"
 
 namespace lx::compiled {
 

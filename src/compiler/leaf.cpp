@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "foundation/scanning.h"
-#include "interpreter/rewriting.h"
 #include "interpreter/script_core.h"
 #include "lxbasic/text.h"
+#include "syntax/text_rules.h"
 
 namespace lx::compiled {
 

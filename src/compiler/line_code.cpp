@@ -1,6 +1,6 @@
 #include "compiler/line_code.h"
 
-#include "interpreter/loops.h"
+#include "syntax/statement_parts.h"
 
 namespace lx::compiled {
 

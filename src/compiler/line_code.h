@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "compiler/expression.h"
-#include "interpreter/line_kind.h"
+#include "syntax/statement_parts.h"
 
 namespace lx::compiled {
 

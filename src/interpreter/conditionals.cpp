@@ -2,53 +2,12 @@
 // pushes one truth entry on _ifs, and the driver skips lines while the innermost is false.
 #include "compiler/line_code.h"
 #include "foundation/scanning.h"
-#include "interpreter/line_kind.h"
 #include "interpreter/loops.h"
 #include "interpreter/script_core.h"
 #include "lxbasic/text.h"
+#include "syntax/statement_parts.h"
 
 namespace lx {
-
-UString afterFirstWord(const UString& line) {
-  UString rest = line;
-  getTokenFrom(rest, u" ");
-  return trim(rest);
-}
-
-UString afterEndIf(const UString& line) {
-  UString rest = line;
-  if (upperCase(getTokenFrom(rest, u" ")) == u"END") getTokenFrom(rest, u" ");
-  return trim(rest);
-}
-
-IfParts splitIf(const UString& line) {
-  IfParts parts;
-  const UString rest = afterFirstWord(line);
-  const int32_t thenAt = findKeyword(u"THEN", rest);
-  const int32_t elseAt = findKeyword(u"ELSE", rest);
-  if (thenAt == -1) return parts;
-  parts.hasThen = true;
-  const auto length = static_cast<int32_t>(rest.size());
-  parts.condition = slice(rest, 0, thenAt);
-  parts.singleLine = length > thenAt + 5;  // text after THEN
-  if (parts.singleLine) {
-    const int32_t thenEnd = elseAt == -1 ? length : elseAt;
-    parts.thenPart = slice(rest, thenAt + 4, thenEnd - (thenAt + 4));
-    if (elseAt != -1) parts.elsePart = slice(rest, elseAt + 4, length);
-  }
-  return parts;
-}
-
-UString slice(UStringView s, int32_t start, int32_t count) {
-  return trim(midWithString(s, static_cast<uint32_t>(start), static_cast<uint32_t>(count)));
-}
-
-UString bracketed(UStringView text) {
-  UString wrapped;
-  wrapped.reserve(text.size() + 2);
-  wrapped.append(u"(").append(text).append(u")");
-  return wrapped;
-}
 
 namespace {
 

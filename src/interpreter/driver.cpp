@@ -6,13 +6,13 @@
 #include "compiler/line_code.h"
 #include "foundation/memory_budget.h"
 #include "foundation/scanning.h"
-#include "interpreter/line_kind.h"
 #include "interpreter/loops.h"
 #include "interpreter/procedures.h"
 #include "interpreter/script_core.h"
 #include "interpreter/stack_room.h"
 #include "lxbasic/exceptions.h"
 #include "lxbasic/text.h"
+#include "syntax/statement_parts.h"
 
 namespace lx {
 
@@ -27,34 +27,6 @@ bool endsWithContinuation(const UString& statement) {
 }  // namespace
 
 // ---- preparation
-
-LineKind classifyLine(const UString& line) {
-  if (line.empty()) return kEmpty;
-  UString upper = upperCase(line);
-  UString w1 = getTokenFrom(upper, u" ");
-  UString w2 = getTokenFrom(upper, u" ");
-  if (w1 == u"REM") return kRem;
-  if (w1 == u"FUNCTION" || w1 == u"SUB") return kFunc;
-  if (w1 == u"END" && (w2 == u"SUB" || w2 == u"FUNCTION")) return kEndFunc;
-  if (w1 == u"IF") return kIf;
-  if (w1 == u"ELSE") return kElse;
-  if ((w1 == u"END" && w2 == u"IF") || w2 == u"ENDIF") return kEndIf;
-  if (w1 == u"SELECT" && w2 == u"CASE") return kSelectCase;
-  if (w1 == u"CASE") return kCase;
-  if (w1 == u"END" && w2 == u"SELECT") return kEndSelect;
-  if (w1 == u"FOR") return kFor;
-  if (w1 == u"NEXT") return kNext;
-  if (w1 == u"WHILE") return kWhile;
-  if (w1 == u"WEND") return kWEnd;
-  if (w1 == u"DO") return kDo;
-  if (w1 == u"LOOP") return kLoop;
-  if (w1 == u"DIM") return kDim;
-  if (w1 == u"REDIM") return kReDim;
-  if (w1 == u"CONST") return kConst;
-  if (w1 == u"ECHO") return kEcho;
-  if (w1 == u"ON" && w2 == u"ERROR") return kOnError;
-  return kOther;
-}
 
 void ScriptCore::execute(const LxBasicStringList& source) {
   auto statements = std::make_unique<LxBasicStringList>();

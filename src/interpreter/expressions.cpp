@@ -4,11 +4,11 @@
 
 #include "foundation/day_serial.h"
 #include "foundation/scanning.h"
-#include "interpreter/quick_arithmetic.h"
-#include "interpreter/rewriting.h"
 #include "interpreter/script_core.h"
 #include "lxbasic/exceptions.h"
 #include "lxbasic/text.h"
+#include "syntax/quick_arithmetic.h"
+#include "syntax/text_rules.h"
 
 namespace lx {
 

@@ -8,10 +8,10 @@
 
 #include "compiler/line_code.h"
 #include "foundation/scanning.h"
-#include "interpreter/line_kind.h"
-#include "interpreter/rewriting.h"
 #include "interpreter/script_core.h"
 #include "lxbasic/text.h"
+#include "syntax/statement_parts.h"
+#include "syntax/text_rules.h"
 
 namespace lx {
 
@@ -122,24 +122,6 @@ bool ScriptCore::isLoopVariable(const LxValue* slot) const {
     if (static_cast<const LxBasicFor&>(*loop).slotIn(*this) == slot) return true;
   }
   return false;
-}
-
-ForParts splitFor(const UString& line) {
-  ForParts parts;
-  const UString rest = afterFirstWord(line);
-  const int32_t toAt = findKeyword(u"TO", rest);
-  const int32_t stepAt = findKeyword(u"STEP", rest);
-  if (toAt == -1) return parts;
-  parts.hasTo = true;
-  const auto length = static_cast<int32_t>(rest.size());
-  const UString head = slice(rest, 0, toAt);
-  const int32_t limitEnd = stepAt == -1 ? length : stepAt;
-  parts.limit = slice(rest, toAt + 2, limitEnd - (toAt + 2));
-  if (stepAt != -1) parts.step = slice(rest, stepAt + 4, length);
-  const int32_t equals = posWithNeedle(u"=", head);
-  parts.name = equals == -1 ? trim(head) : slice(head, 0, equals);
-  if (equals != -1) parts.start = slice(head, equals + 1, length);
-  return parts;
 }
 
 void ScriptCore::parseFor(const UString& line) {

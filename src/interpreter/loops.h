@@ -132,11 +132,4 @@ class LxBasicDoLoop final : public LxConditionLoop {
   bool firstForm_ = false;
 };
 
-// Statement-text helpers of the control-flow handlers.
-// Trimmed `count` characters of `s` from `start`; a negative count means "the rest", as the
-// unsigned length of midWithString has it.
-UString slice(UStringView s, int32_t start, int32_t count);
-// "(" + text + ")".
-UString bracketed(UStringView text);
-
 }  // namespace lx

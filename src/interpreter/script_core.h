@@ -24,7 +24,6 @@
 #include "bridge/script_services.h"
 #include "foundation/memory_budget.h"
 #include "interpreter/epoch.h"
-#include "interpreter/line_kind.h"
 #include "interpreter/loop_stack.h"
 #include "interpreter/prepared_line.h"
 #include "interpreter/shared_state.h"
@@ -34,6 +33,7 @@
 #include "lxbasic/string_list.h"
 #include "lxbasic/value.h"
 #include "lxbasic/variant.h"
+#include "syntax/statement_parts.h"
 
 namespace lx {
 

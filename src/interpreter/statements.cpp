@@ -2,10 +2,10 @@
 // innermost bracket and then each operator is evaluated and replaced in the text by the name
 // of a temporary variable holding its value, until one name is left.
 #include "foundation/scanning.h"
-#include "interpreter/rewriting.h"
 #include "interpreter/script_core.h"
 #include "lxbasic/bridge.h"
 #include "lxbasic/text.h"
+#include "syntax/text_rules.h"
 
 namespace lx {
 

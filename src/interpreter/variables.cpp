@@ -5,9 +5,9 @@
 
 #include "builtins/library.h"
 #include "foundation/scanning.h"
-#include "interpreter/rewriting.h"
 #include "interpreter/script_core.h"
 #include "lxbasic/text.h"
+#include "syntax/text_rules.h"
 
 namespace lx {
 

@@ -59,6 +59,11 @@ ForParts splitFor(const UString& line);
 UString afterFirstWord(const UString& line);
 // END IF: whatever follows "END IF" (or the first word), trimmed.
 UString afterEndIf(const UString& line);
+// Trimmed `count` characters of `s` from `start`; a negative count means "the rest", as the
+// unsigned length of midWithString has it.
+UString slice(UStringView s, int32_t start, int32_t count);
+// "(" + text + ")": how a condition's text is read.
+UString bracketed(UStringView text);
 
 }  // namespace lx
 

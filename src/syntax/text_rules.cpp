@@ -1,4 +1,4 @@
-#include "interpreter/rewriting.h"
+#include "syntax/text_rules.h"
 
 #include <unicode/uchar.h>
 
