@@ -45,6 +45,7 @@ endfunction()
 lx_room_sources(LX_FOUNDATION_SOURCES foundation)
 lx_room_sources(LX_BRIDGE_SOURCES bridge)
 lx_room_sources(LX_SYNTAX_SOURCES syntax)
+lx_room_sources(LX_EXECUTION_SOURCES execution)
 lx_room_sources(LX_BUILTINS_SOURCES builtins)
 lx_room_sources(LX_COMPILER_SOURCES compiler)
 lx_room_sources(LX_INTERPRETER_SOURCES interpreter)
@@ -56,16 +57,17 @@ list(FILTER LX_FLTK_SOURCES INCLUDE REGEX ".*/dialogs/fltk_[^/]*\\.cpp$")
 lx_room(lx_foundation ROOM foundation SOURCES ${LX_FOUNDATION_SOURCES})
 lx_room(lx_bridge ROOM bridge SOURCES ${LX_BRIDGE_SOURCES} USES foundation)
 lx_room(lx_syntax ROOM syntax SOURCES ${LX_SYNTAX_SOURCES} USES foundation)
+lx_room(lx_execution ROOM execution SOURCES ${LX_EXECUTION_SOURCES} USES foundation)
 lx_room(lx_dialogs ROOM dialogs SOURCES ${LX_DIALOGS_SOURCES} USES foundation)
 lx_room(lx_builtins ROOM builtins SOURCES ${LX_BUILTINS_SOURCES}
         USES foundation bridge dialogs)
-# The compiled form still reads the script object's internals; see docs/architecture.md.
+# The compiled form reaches the interpreter only through the frame (execution/frame.h).
 lx_room(lx_compiler ROOM compiler SOURCES ${LX_COMPILER_SOURCES}
-        USES foundation bridge syntax interpreter)
+        USES foundation bridge syntax execution)
 lx_room(lx_interpreter ROOM interpreter SOURCES ${LX_INTERPRETER_SOURCES}
-        USES foundation bridge syntax builtins compiler)
+        USES foundation bridge syntax execution builtins compiler)
 
-set(LX_ROOMS lx_foundation lx_bridge lx_syntax lx_dialogs lx_builtins lx_compiler lx_interpreter)
+set(LX_ROOMS lx_foundation lx_bridge lx_syntax lx_execution lx_dialogs lx_builtins lx_compiler lx_interpreter)
 set(LX_OBJECTS)
 foreach(room IN LISTS LX_ROOMS)
   list(APPEND LX_OBJECTS $<TARGET_OBJECTS:${room}>)

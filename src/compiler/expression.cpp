@@ -4,10 +4,9 @@
 #include <memory>
 #include <new>
 
+#include "execution/frame.h"
 #include "foundation/memory_budget.h"
 #include "foundation/scanning.h"
-#include "interpreter/procedures.h"
-#include "interpreter/script_core.h"
 #include "lxbasic/bridge.h"
 #include "lxbasic/text.h"
 #include "syntax/quick_arithmetic.h"
@@ -97,18 +96,18 @@ UString describe(UStringView text, Registers& regs) {
   return out;
 }
 
-void fail(ScriptCore& script, int32_t code, const UString& line) {
+void fail(Frame& script, int32_t code, const UString& line) {
   script.setError(LxError::make(code, line));
 }
 
-void notFound(ScriptCore& script, const UString& line, UStringView text, Registers& regs) {
+void notFound(Frame& script, const UString& line, UStringView text, Registers& regs) {
   script.setError(LxError::make(kVariableNotFound, line, describe(text, regs)));
 }
 
 // parseLine answered a name, and getValue of it gives this.
 // The answer is a temporary that dies with this call: a value, or a slot that may have no
 // other owner, is kept in the Held itself.
-bool present(ScriptCore& script, Result&& r, Held& out) {
+bool present(Frame& script, Result&& r, Held& out) {
   if (r.kind == Result::Kind::Value) {
     out.own(std::move(r.value));
     return true;
@@ -161,7 +160,7 @@ class Arguments {
 
 }  // namespace
 
-bool readResult(ScriptCore& script, const Result& r, Held& out) {
+bool readResult(Frame& script, const Result& r, Held& out) {
   switch (r.kind) {
     case Result::Kind::Value:
       out.point(r.value);
@@ -177,7 +176,7 @@ bool readResult(ScriptCore& script, const Result& r, Held& out) {
   return false;
 }
 
-bool readOperand(ScriptCore& script, const Operand& o, Registers& regs, Held& out) {
+bool readOperand(Frame& script, const Operand& o, Registers& regs, Held& out) {
   if (o.leaf) return o.leaf->read(script, out);
   return readResult(script, regs[o.reg], out);
 }
@@ -186,7 +185,7 @@ namespace {
 
 // What readOperand would point at, when that is known without running anything; nullptr when
 // reading takes the long way.
-const Variant* peekOperand(const ScriptCore& script, const Operand& o, Registers& regs) {
+const Variant* peekOperand(const Frame& script, const Operand& o, Registers& regs) {
   if (o.leaf) return o.leaf->peek(script);
   const Result& r = regs[o.reg];
   switch (r.kind) {
@@ -213,11 +212,11 @@ class Step {
   Step(const Step&) = delete;
   Step& operator=(const Step&) = delete;
   // False when the evaluation ends here (normally with an error set).
-  virtual bool run(ScriptCore& script, Registers& regs, const UString& line) const = 0;
+  virtual bool run(Frame& script, Registers& regs, const UString& line) const = 0;
 
  protected:
   // A bracket that gave no answer and left no error is the evaluator's internal error.
-  static bool bracketFailed(ScriptCore& script, const UString& line) {
+  static bool bracketFailed(Frame& script, const UString& line) {
     if (!script.hasError()) fail(script, kInternalError, line);
     return false;
   }
@@ -230,7 +229,7 @@ namespace {
 class FailStep final : public Step {
  public:
   FailStep() : Step(-1) {}
-  bool run(ScriptCore& script, Registers&, const UString& line) const override {
+  bool run(Frame& script, Registers&, const UString& line) const override {
     fail(script, kSyntaxError, line);
     return false;
   }
@@ -248,7 +247,7 @@ class ApplyStep final : public Step {
         leftText_(std::move(leftText)),
         rightText_(std::move(rightText)) {}
 
-  bool run(ScriptCore& script, Registers& regs, const UString& line) const override {
+  bool run(Frame& script, Registers& regs, const UString& line) const override {
     // Arithmetic on numbers read in place, the commonest step.
     if (const Variant* a = peekOperand(script, left_, regs)) {
       if (const Variant* b = peekOperand(script, right_, regs)) {
@@ -265,7 +264,7 @@ class ApplyStep final : public Step {
 
  private:
   // Out of line, so that the path above needs no stack frame of its own.
-  [[gnu::noinline]] bool runWithKindRules(ScriptCore& script, Registers& regs,
+  [[gnu::noinline]] bool runWithKindRules(Frame& script, Registers& regs,
                                           const UString& line) const {
     Held left;
     Held right;
@@ -312,7 +311,7 @@ class GroupStep final : public Step {
  public:
   GroupStep(int32_t reg, std::unique_ptr<Expression> contents)
       : Step(reg), contents_(std::move(contents)) {}
-  bool run(ScriptCore& script, Registers& regs, const UString& line) const override;
+  bool run(Frame& script, Registers& regs, const UString& line) const override;
 
  private:
   std::unique_ptr<Expression> contents_;
@@ -337,7 +336,7 @@ class CallStep final : public Step {
     if (!receiver_ && items_.size() == 1) soleIndex_ = items_.front().expression->soleLeaf();
   }
 
-  bool run(ScriptCore& script, Registers& regs, const UString& line) const override {
+  bool run(Frame& script, Registers& regs, const UString& line) const override {
     // An element read by one plain index (a literal or a remembered variable, which reading
     // cannot change), the commonest call.
     if (soleIndex_) {
@@ -353,7 +352,7 @@ class CallStep final : public Step {
 
  private:
   // Out of line, so that the element read above needs no stack frame of its own.
-  [[gnu::noinline]] bool runCall(ScriptCore& script, Registers& regs, const UString& line) const {
+  [[gnu::noinline]] bool runCall(Frame& script, Registers& regs, const UString& line) const {
     enum class Kind { Method, Procedure, Element, Function } kind;
     ObjectRef receiver;
     std::shared_ptr<LxBasicSub> sub;
@@ -418,16 +417,15 @@ class CallStep final : public Step {
 
   // The procedure of that name, if any; one hides a variable of its name, so the variables are
   // looked at only when there is none.
-  void resolve(ScriptCore& script) const {
-    const auto& subs = script.getSubs();
-    const uint64_t subsEpoch = subs ? subs->epoch() : 0;
+  void resolve(Frame& script) const {
+    const uint64_t subsEpoch = script.proceduresEpoch();
     if (subsEpoch_ != subsEpoch) {
       sub_ = script.getSubByName(key_);
       subsEpoch_ = subsEpoch;
     }
   }
 
-  bool readElement(ScriptCore& script, const LxValue& array, const Variant& index, Registers& regs,
+  bool readElement(Frame& script, const LxValue& array, const Variant& index, Registers& regs,
                    const UString& line) const {
     Result& r = regs[reg_];
     if (array.type() != ValueKind::Array) {
@@ -445,7 +443,7 @@ class CallStep final : public Step {
     return true;
   }
 
-  bool call(ScriptCore& script, bool onReceiver, const ObjectRef& receiver, const Arguments& args,
+  bool call(Frame& script, bool onReceiver, const ObjectRef& receiver, const Arguments& args,
             Result& r, const UString& line) const {
     if (forbidden_) {
       fail(script, kForbiddenCall, line);
@@ -510,7 +508,7 @@ class Comparison {
   UString leftText;
   UString rightText;
 
-  bool run(ScriptCore& script, Registers& regs, const UString& line, bool& truth) const {
+  bool run(Frame& script, Registers& regs, const UString& line, bool& truth) const {
     bool result = false;
     if (form == Form::Bracketed) {
       Held v;
@@ -558,7 +556,7 @@ class Comparison {
   }
 
  private:
-  static bool side(ScriptCore& script, Registers& regs, const UString& line, const Expression& e,
+  static bool side(Frame& script, Registers& regs, const UString& line, const Expression& e,
                    const UString& text, Held& out) {
     if (const Leaf* leaf = e.soleLeaf()) return e.readSole(script, *leaf, out);
     if (present(script, e.run(script, regs), out)) return true;
@@ -578,7 +576,7 @@ class ConditionStep final : public Step {
   ConditionStep(int32_t reg, std::vector<ConditionPart> parts)
       : Step(reg), parts_(std::move(parts)) {}
 
-  bool run(ScriptCore& script, Registers& regs, const UString& line) const override {
+  bool run(Frame& script, Registers& regs, const UString& line) const override {
     try {
       bool result = false;
       for (size_t i = 0; i < parts_.size(); ++i) {
@@ -612,7 +610,7 @@ class ConditionStep final : public Step {
 
 }  // namespace
 
-bool GroupStep::run(ScriptCore& script, Registers& regs, const UString& line) const {
+bool GroupStep::run(Frame& script, Registers& regs, const UString& line) const {
   Result r = contents_->run(script, regs);
   if (r.kind == Result::Kind::None) return bracketFailed(script, line);
   regs[reg_] = std::move(r);
@@ -856,7 +854,7 @@ std::unique_ptr<Expression> Expression::compile(UStringView text, bool compariti
   return e;
 }
 
-bool Expression::evaluate(ScriptCore& script, Variant& out) const {
+bool Expression::evaluate(Frame& script, Variant& out) const {
   Registers regs(registers_);
   Held held;
   if (!present(script, run(script, regs), held)) return false;
@@ -864,7 +862,7 @@ bool Expression::evaluate(ScriptCore& script, Variant& out) const {
   return true;
 }
 
-ValueRef Expression::target(ScriptCore& script, Registers& regs) const {
+ValueRef Expression::target(Frame& script, Registers& regs) const {
   ValueRef slot;
   const UString* key = &targetKey_;
   bool cached = !targetExpression_;
@@ -885,14 +883,14 @@ ValueRef Expression::target(ScriptCore& script, Registers& regs) const {
   }
   // Assignment falls back to the root script's variables; reading does not.
   if (!slot && !script.isRoot()) {
-    ScriptCore& root = script.root();
+    Frame& root = script.root();
     slot = cached ? lookupVariable(root, *key, rootTargetCache_) : root.getValueForVar(*key);
   }
   if (!slot) script.setError(LxError::make(kVariableNotFound, original_, targetText_));
   return slot;
 }
 
-bool Expression::readSole(ScriptCore& script, const Leaf& leaf, Held& out) const {
+bool Expression::readSole(Frame& script, const Leaf& leaf, Held& out) const {
   if (leaf.read(script, out)) return true;
   if (!script.hasError()) {
     script.setError(LxError::make(kVariableNotFound, original_, leaf.text()));
@@ -900,7 +898,7 @@ bool Expression::readSole(ScriptCore& script, const Leaf& leaf, Held& out) const
   return false;
 }
 
-Result Expression::single(ScriptCore& script, Registers& regs) const {
+Result Expression::single(Frame& script, Registers& regs) const {
   const Leaf* leaf = final_.leaf.get();
   if (!leaf) {
     Result& r = regs[final_.reg];
@@ -919,7 +917,7 @@ Result Expression::single(ScriptCore& script, Registers& regs) const {
   return Result{Result::Kind::Value, held.value(), nullptr};
 }
 
-ValueRef Expression::evaluateSlot(ScriptCore& script) const {
+ValueRef Expression::evaluateSlot(Frame& script) const {
   Registers regs(registers_);
   Result r = run(script, regs);
   switch (r.kind) {
@@ -937,7 +935,7 @@ ValueRef Expression::evaluateSlot(ScriptCore& script) const {
   return nullptr;
 }
 
-bool Expression::checkTarget(ScriptCore& script, const LxValue& slot) const {
+bool Expression::checkTarget(Frame& script, const LxValue& slot) const {
   // Whether a slot is a FOR variable depends on the open loops and on the names of the table.
   const NotLoopVariable now{&slot, script.loopsVersion(), script.varsEpoch()};
   if (notLoopVariable_ != now) {
@@ -955,7 +953,7 @@ bool Expression::checkTarget(ScriptCore& script, const LxValue& slot) const {
 }
 
 // Inlined into both callers: a statement runs it once per line.
-[[gnu::always_inline]] inline bool Expression::runSteps(ScriptCore& script, Registers& regs,
+[[gnu::always_inline]] inline bool Expression::runSteps(Frame& script, Registers& regs,
                                                         ValueRef& slot) const {
   if (assigns_) {
     // A plain name found before: its slot, unless the table has changed since.
@@ -972,7 +970,7 @@ bool Expression::checkTarget(ScriptCore& script, const LxValue& slot) const {
   return true;
 }
 
-Result Expression::finish(ScriptCore& script, Registers& regs, const ValueRef& slot) const {
+Result Expression::finish(Frame& script, Registers& regs, const ValueRef& slot) const {
   Result result = single(script, regs);
   if (!assigns_ || result.kind == Result::Kind::None) return result;
   if (!checkTarget(script, *slot)) return {};
@@ -981,7 +979,7 @@ Result Expression::finish(ScriptCore& script, Registers& regs, const ValueRef& s
   return result;
 }
 
-void Expression::execute(ScriptCore& script) const {
+void Expression::execute(Frame& script) const {
   if (inline_) {
     script.parseInlineOps(original_);
     return;
@@ -1005,7 +1003,7 @@ void Expression::execute(ScriptCore& script) const {
   finish(script, regs, slot);
 }
 
-Result Expression::run(ScriptCore& script, Registers& regs) const {
+Result Expression::run(Frame& script, Registers& regs) const {
   if (inline_) {
     script.parseInlineOps(original_);
     return {};

@@ -19,7 +19,7 @@
 #include "lxbasic/variant.h"
 
 namespace lx {
-class ScriptCore;
+class Frame;
 }
 
 namespace lx::compiled {
@@ -59,31 +59,31 @@ class Expression {
 
   // The value the evaluator's answer names (what getValue of parseLine's answer gives), or
   // false when there is none (an error is then normally set).
-  bool evaluate(ScriptCore& script, Variant& out) const;
+  bool evaluate(Frame& script, Variant& out) const;
   // The same as a slot: a variable's own slot when the answer is its name.
-  ValueRef evaluateSlot(ScriptCore& script) const;
+  ValueRef evaluateSlot(Frame& script) const;
   // parseLine's effect alone; the answer is dropped.
-  void execute(ScriptCore& script) const;
+  void execute(Frame& script) const;
   // The operand when the text is nothing but one operand: reading it is the whole run.
   const Leaf* soleLeaf() const noexcept {
     return !inline_ && !assigns_ && steps_.empty() ? final_.leaf.get() : nullptr;
   }
   // For an expression that is its sole leaf: what run() gives, as an operand reads it.
-  bool readSole(ScriptCore& script, const Leaf& leaf, Held& out) const;
+  bool readSole(Frame& script, const Leaf& leaf, Held& out) const;
   // One run inside the register file of the outermost expression (brackets and arguments
   // are expressions of their own that share it).
-  Result run(ScriptCore& script, Registers& regs) const;
+  Result run(Frame& script, Registers& regs) const;
 
  private:
   friend class Compiler;
   Expression();
-  Result single(ScriptCore& script, Registers& regs) const;
-  ValueRef target(ScriptCore& script, Registers& regs) const;
-  bool checkTarget(ScriptCore& script, const LxValue& slot) const;
+  Result single(Frame& script, Registers& regs) const;
+  ValueRef target(Frame& script, Registers& regs) const;
+  bool checkTarget(Frame& script, const LxValue& slot) const;
   // The target and the steps; false when the evaluation ended on the way.
-  bool runSteps(ScriptCore& script, Registers& regs, ValueRef& slot) const;
+  bool runSteps(Frame& script, Registers& regs, ValueRef& slot) const;
   // The answer, and the assignment of it when the line assigns.
-  Result finish(ScriptCore& script, Registers& regs, const ValueRef& slot) const;
+  Result finish(Frame& script, Registers& regs, const ValueRef& slot) const;
 
   UString original_;
   bool inline_ = false;  // EXIT or CONTINUE
@@ -108,8 +108,8 @@ class Expression {
 };
 
 // Reads what an operand stands for when an operator or a call takes it.
-bool readOperand(ScriptCore& script, const Operand& o, Registers& regs, Held& out);
+bool readOperand(Frame& script, const Operand& o, Registers& regs, Held& out);
 // getValue of a name that parseLine answered.
-bool readResult(ScriptCore& script, const Result& r, Held& out);
+bool readResult(Frame& script, const Result& r, Held& out);
 
 }  // namespace lx::compiled

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "execution/frame.h"
 #include "foundation/scanning.h"
-#include "interpreter/script_core.h"
 #include "lxbasic/text.h"
 #include "syntax/text_rules.h"
 
@@ -15,7 +15,7 @@ const ValueRef kNoSlot;
 
 }  // namespace
 
-const ValueRef& lookupVariableAgain(ScriptCore& script, const UString& key, VariableCache& cache) {
+const ValueRef& lookupVariableAgain(Frame& script, const UString& key, VariableCache& cache) {
   if (const std::vector<UString>* names = script.boundNames()) {
     if (cache.boundNames != names) {
       const auto at = std::find(names->begin(), names->end(), key);
@@ -69,12 +69,12 @@ Leaf::Leaf(UStringView text) : text_(trim(text)), upper_(upperCase(text_)) {
   }
 }
 
-const ValueRef& Leaf::variable(ScriptCore& script) const {
+const ValueRef& Leaf::variable(Frame& script) const {
   if (!mayBeVariable_ || text_.empty()) return kNoSlot;
   return lookupVariable(script, upper_, variable_);
 }
 
-bool Leaf::callMethod(ScriptCore& script, Held& out, bool& found) const {
+bool Leaf::callMethod(Frame& script, Held& out, bool& found) const {
   if (methodEpoch_ == script.objsEpoch() && !method_) {
     found = false;
     return false;
@@ -98,7 +98,7 @@ bool Leaf::callMethod(ScriptCore& script, Held& out, bool& found) const {
   return true;
 }
 
-bool Leaf::readSlow(ScriptCore& script, Held& out) const {
+bool Leaf::readSlow(Frame& script, Held& out) const {
   if (mayBeVariable_) {
     if (const ValueRef& slot = lookupVariable(script, upper_, variable_)) {
       out.slot(slot);

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "interpreter/script_core.h"
+#include "execution/frame.h"
 #include "lxbasic/bridge.h"
 #include "lxbasic/value.h"
 #include "lxbasic/variant.h"
@@ -59,15 +59,14 @@ struct VariableCache {
   int32_t bound = -1;  // the name's index in boundNames, -1 for none
 
   // The frame's entry when the name was found bound in frames of this script's procedure.
-  const ValueRef* boundEntry(const ScriptCore& script) const noexcept {
+  const ValueRef* boundEntry(const Frame& script) const noexcept {
     if (bound < 0 || boundNames != script.boundNames()) return nullptr;
     return &script.boundEntry(static_cast<size_t>(bound));
   }
 };
-const ValueRef& lookupVariableAgain(ScriptCore& script, const UString& key, VariableCache& cache);
+const ValueRef& lookupVariableAgain(Frame& script, const UString& key, VariableCache& cache);
 // The slot the upper-cased name has in the script's own table, or nullptr.
-inline const ValueRef& lookupVariable(ScriptCore& script, const UString& key,
-                                      VariableCache& cache) {
+inline const ValueRef& lookupVariable(Frame& script, const UString& key, VariableCache& cache) {
   if (cache.epoch == script.varsEpoch()) return cache.slot;
   return lookupVariableAgain(script, key, cache);
 }
@@ -79,7 +78,7 @@ class Leaf {
   // getValue's rules, in its order: the variable's value, a string or radix literal, a
   // zero-argument method's answer, a number. False when the text is none of these; an error
   // may then be set (a lone quote, a failed method call).
-  bool read(ScriptCore& script, Held& out) const {
+  bool read(Frame& script, Held& out) const {
     const Known k = known(script);
     if (k.slot) {
       out.slot(*k.slot);
@@ -93,17 +92,17 @@ class Leaf {
   }
   // The value read() would point at, when that is known without running anything; nullptr
   // when reading takes the long way.
-  const Variant* peek(const ScriptCore& script) const {
+  const Variant* peek(const Frame& script) const {
     const Known k = known(script);
     return k.slot ? &(*k.slot)->data() : k.value;
   }
   // False when reading the operand now surely runs no code (no method call).
-  bool mayRunCode(const ScriptCore& script) const {
+  bool mayRunCode(const Frame& script) const {
     const Known k = known(script);
     return !k.slot && !k.value;
   }
   // The variable the text names right now; nullptr for an empty text or no variable.
-  const ValueRef& variable(ScriptCore& script) const;
+  const ValueRef& variable(Frame& script) const;
   const UString& text() const noexcept { return text_; }
   const UString& key() const noexcept { return upper_; }
 
@@ -115,7 +114,7 @@ class Leaf {
     const ValueRef* slot = nullptr;
     const Variant* value = nullptr;
   };
-  Known known(const ScriptCore& script) const {
+  Known known(const Frame& script) const {
     if (literalOnly_) return {nullptr, &literal_};
     if (!mayBeVariable_ || variable_.epoch == script.varsEpoch()) {
       if (variable_.slot) return {&variable_.slot, nullptr};
@@ -125,9 +124,9 @@ class Leaf {
     }
     return {};
   }
-  bool readSlow(ScriptCore& script, Held& out) const;
-  bool callMethod(ScriptCore& script, Held& out, bool& found) const;
-  bool numberOnly(const ScriptCore& script) const {
+  bool readSlow(Frame& script, Held& out) const;
+  bool callMethod(Frame& script, Held& out, bool& found) const;
+  bool numberOnly(const Frame& script) const {
     return hasNumber_ && !method_ && methodEpoch_ == script.objsEpoch();
   }
 

@@ -115,7 +115,7 @@ void ScriptCore::mainLoop(PreparedLines& lines) {
   // once the run has stopped after its current line (Eval releases it around its own lines).
   // No watchdog reads a procedure's frame.
   std::unique_lock lineLock(lineMutex_, std::defer_lock);
-  if (isRoot_) lineLock.lock();
+  if (isRoot()) lineLock.lock();
   for (_curline = 0; _curline >= 0 && static_cast<size_t>(_curline) < lines.size(); ++_curline) {
     const auto index = static_cast<size_t>(_curline);
     // A reference: a handler that runs a nested evaluation swaps the prepared lines out and
@@ -302,7 +302,7 @@ void ScriptCore::beginRun() {
   // stop request sets them under, so a stop racing the start is either wholly undone or
   // wholly kept.
   std::lock_guard lock(errorMutex_);
-  if (isRoot_) {
+  if (isRoot()) {
     shared_->clearStop();
     stopSticky_ = false;
   }
@@ -357,7 +357,7 @@ void ScriptCore::evalLines(const LxBasicStringList& lines) {
   evaluating_ = true;
   setError(nullptr);
   // The evaluated line takes the lock of its own lines; release the enclosing line's.
-  std::timed_mutex* held = isRoot_ ? &lineMutex_ : nullptr;
+  std::timed_mutex* held = isRoot() ? &lineMutex_ : nullptr;
   if (held) held->unlock();
   struct Relock {
     std::timed_mutex* m;

@@ -13,7 +13,7 @@ void ScriptCore::setLineHook(LineHook hook) {
 
 int32_t ScriptCore::sourceLine() const {
   const int32_t here = currentScriptLine_.load(std::memory_order_relaxed);
-  if (isRoot_ || evaluating_ || here < 0 || static_cast<size_t>(here) >= _script.count()) {
+  if (isRoot() || evaluating_ || here < 0 || static_cast<size_t>(here) >= _script.count()) {
     return here;
   }
   // Procedure bodies carry the host script's line index of each of their lines.

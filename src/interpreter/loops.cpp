@@ -55,8 +55,8 @@ bool isNumber(const ValueRef& v) {
 // The innermost record when it is of the wanted kind.
 template <class Record>
 Record* innermost(const ScriptCore& script, LoopKind kind) {
-  if (script._loops.empty() || script._loops.back()->kind() != kind) return nullptr;
-  return static_cast<Record*>(script._loops.back().get());
+  if (script.loops().empty() || script.loops().back()->kind() != kind) return nullptr;
+  return static_cast<Record*>(script.loops().back().get());
 }
 
 // "WHILE cond" or "UNTIL cond" after DO or LOOP; false (the record untouched) when malformed.
@@ -274,7 +274,7 @@ namespace {
 // arranges for each to end at its closing statement. A missing loop is deliberately not an
 // error: the statement just clears the script's error.
 void leaveLoops(ScriptCore& script, LoopKind kind, bool end) {
-  auto& loops = script._loops;
+  auto& loops = script.loops();
   size_t found = loops.size();
   for (size_t i = loops.size(); i-- > 0;) {
     if (loops[i]->kind() == kind) {

@@ -221,11 +221,6 @@ std::shared_ptr<LxBasicSub> ScriptCore::getSubByName(UStringView name) const {
   return table ? table->getSubByName(name) : nullptr;
 }
 
-CallResult ScriptCore::callProcedure(LxBasicSub& sub, std::span<const Variant> args,
-                                     ErrorRef* error) {
-  return sub.run(args, error);
-}
-
 void ScriptCore::parseFunc(const UString& line) {
   if (_newsub) return fail(*this, kSyntaxError);  // definitions do not nest
   UString rest = line;

@@ -10,7 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "interpreter/epoch.h"
+#include "execution/epoch.h"
 #include "interpreter/prepared_line.h"
 #include "lxbasic/bridge.h"
 #include "lxbasic/error.h"
@@ -106,7 +106,7 @@ class LxBasicSubs {
   std::shared_ptr<LxBasicSub> addSubWithName(UStringView name, std::vector<UString> params,
                                              UStringView body, bool func);
   std::shared_ptr<LxBasicSub> getSubByName(UStringView name) const;
-  // Changes whenever a procedure is added (see interpreter/epoch.h).
+  // Changes whenever a procedure is added (see execution/epoch.h).
   uint64_t epoch() const noexcept { return epoch_; }
   // Breaks the records' links to the frames and bodies they keep (the table's owner is going).
   void releaseFrames();

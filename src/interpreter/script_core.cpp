@@ -13,10 +13,10 @@
 
 namespace lx {
 
-ScriptCore::ScriptCore() = default;
+ScriptCore::ScriptCore(ScriptCore* root) : Frame(root) {}
 
 ScriptCore::~ScriptCore() {
-  if (!isRoot_ || !shared_) return;
+  if (!isRoot() || !shared_) return;
   // Idle call frames are children of this script that its procedures keep.
   if (const auto& table = shared_->procedures()) table->releaseFrames();
   // Arrays that contain themselves would outlive the script; only the script tree's root
@@ -25,16 +25,15 @@ ScriptCore::~ScriptCore() {
 }
 
 std::shared_ptr<ScriptCore> ScriptCore::create() {
-  std::shared_ptr<ScriptCore> script(new ScriptCore());
+  std::shared_ptr<ScriptCore> script(new ScriptCore(nullptr));
   script->shared_ = std::make_shared<SharedState>(*script);
-  script->isRoot_ = true;
   script->shared_->setProcedures(makeProcedureTable(*script));
   script->initialise();
   return script;
 }
 
 std::shared_ptr<ScriptCore> ScriptCore::createChild(ScriptCore& owner) {
-  std::shared_ptr<ScriptCore> child(new ScriptCore());
+  std::shared_ptr<ScriptCore> child(new ScriptCore(&owner.root()));
   child->shared_ = owner.shared_;
   child->initialise();
   child->_objs.insert(child->_objs.end(), owner._objs.begin() + (owner._objs.empty() ? 0 : 1),
@@ -70,25 +69,6 @@ void ScriptCore::setTimeout(int32_t seconds) {
   shared_->setTimeLimit(seconds < 0 ? -1 : int64_t{seconds} * 1000, seconds);
 }
 
-ErrorRef ScriptCore::error() const {
-  std::lock_guard lock(errorMutex_);
-  return _error;
-}
-
-void ScriptCore::setError(ErrorRef e) {
-  std::lock_guard lock(errorMutex_);
-  // After a stop only the stop's own record may be set again (with the line it ended on).
-  if (stopSticky_ && _error && (!e || e->code() != _error->code())) return;
-  _error = std::move(e);
-  errorSet_.store(_error != nullptr, std::memory_order_release);
-}
-
-int32_t ScriptCore::errorCode() const {
-  if (!hasError()) return 0;
-  std::lock_guard lock(errorMutex_);
-  return _error ? _error->code() : 0;
-}
-
 int32_t ScriptCore::line() const {
   return running() ? currentScriptLine_.load() : -1;
 }
@@ -114,7 +94,7 @@ void ScriptCore::reset() {
   addVarWithName(u"err", Variant(std::make_shared<LxError>(0, UString(), UString(), -1)));
   _curline = 0;
   _ignore_error = 0;
-  if (isRoot_) shared_->budget()->breakCycles();
+  if (isRoot()) shared_->budget()->breakCycles();
 }
 
 void ScriptCore::restart() {

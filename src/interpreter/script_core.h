@@ -22,9 +22,10 @@
 #include <vector>
 
 #include "bridge/script_services.h"
+#include "execution/epoch.h"
+#include "execution/frame.h"
+#include "execution/loop_stack.h"
 #include "foundation/memory_budget.h"
-#include "interpreter/epoch.h"
-#include "interpreter/loop_stack.h"
 #include "interpreter/prepared_line.h"
 #include "interpreter/shared_state.h"
 #include "lxbasic/bridge.h"
@@ -49,7 +50,9 @@ class LxLoopProtocol;
 class DialogProvider;
 struct MethodInfo;
 
-class ScriptCore final : public ScriptServices, public std::enable_shared_from_this<ScriptCore> {
+class ScriptCore final : public Frame,
+                         public ScriptServices,
+                         public std::enable_shared_from_this<ScriptCore> {
  public:
   // init: a script for a host, with its library object registered as host object 0.
   static std::shared_ptr<ScriptCore> create();
@@ -78,12 +81,8 @@ class ScriptCore final : public ScriptServices, public std::enable_shared_from_t
   }
   // Waits until no run of this script is active any more; false when `limit` passed first.
   bool waitUntilFinished(std::chrono::milliseconds limit) const;
-  ErrorRef error() const;
+  // The error record (error, setError, hasError, errorCode) is the frame's.
   std::shared_ptr<const LxError> errorSnapshot() const;
-  void setError(ErrorRef e);
-  // True when an error record is set; cheap enough for every line.
-  bool hasError() const noexcept { return errorSet_.load(std::memory_order_acquire); }
-  int32_t errorCode() const;  // 0 when none is set
   bool running() const noexcept { return _running.load() != 0; }
   int32_t line() const;
   void terminate();
@@ -102,6 +101,7 @@ class ScriptCore final : public ScriptServices, public std::enable_shared_from_t
   int32_t sourceLine() const;
   bool checkSyntax() const noexcept { return true; }
   LxBasicStringList& getScript() noexcept { return _script; }
+  using Frame::getObjs;
   std::vector<ObjectRef>& getObjs() noexcept { return _objs; }
   const std::shared_ptr<LxBasicSubs>& getSubs() const noexcept { return shared_->procedures(); }
   void addObj(ObjectRef obj);
@@ -217,7 +217,8 @@ class ScriptCore final : public ScriptServices, public std::enable_shared_from_t
   void parseContinue(const UString& line);
   // True when `slot` is the variable of an open FOR loop (assignments to it are refused).
   bool isLoopVariable(const LxValue* slot) const;
-  uint64_t loopsVersion() const noexcept { return _loops.version(); }
+  LoopStack& loops() noexcept { return _loops; }
+  const LoopStack& loops() const noexcept { return _loops; }
   // While a procedure definition is open, its body collects the lines the driver passes by.
   void appendToOpenProcedure(const UString& line);
 
@@ -228,8 +229,6 @@ class ScriptCore final : public ScriptServices, public std::enable_shared_from_t
   // In a call frame: the upper-case names each call binds (parameters, the result's names,
   // "__func__"), one list shared by every frame of a procedure, and this frame's table entries
   // for them, which stay where they are while the frame lives. nullptr elsewhere.
-  const std::vector<UString>* boundNames() const noexcept { return boundNames_; }
-  const ValueRef& boundEntry(size_t i) const noexcept { return *boundEntries_[i]; }
   void setBoundNames(const std::vector<UString>* names, ValueRef* const* entries) noexcept {
     boundNames_ = names;
     boundEntries_ = entries;
@@ -240,19 +239,14 @@ class ScriptCore final : public ScriptServices, public std::enable_shared_from_t
   void runFrameBody(PreparedLines& lines) { mainLoop(lines); }
   // The state this script shares with the rest of its tree, one hop away.
   SharedState& shared() const noexcept { return *shared_; }
-  // The host's script of the tree; a procedure's script is not one.
-  bool isRoot() const noexcept { return isRoot_; }
   // How many procedure calls deep this script's lines run (0 for the host's script); the
   // line hook reports it.
   int32_t callLevel() const noexcept { return callLevel_; }
   void setCallLevel(int32_t level) noexcept { callLevel_ = level; }
+  // The host's script of the tree (as the script object; the frame's root() is the same).
   ScriptCore& root() const noexcept { return shared_->root(); }
   // The procedure of that name (any letter case), or nullptr.
   std::shared_ptr<LxBasicSub> getSubByName(UStringView name) const;
-  // One call of a procedure: its result, or argumentMismatch when the argument count is
-  // wrong; a failure of the body is stored in *error (code, message and line of the inner
-  // error) and answers Empty.
-  CallResult callProcedure(LxBasicSub& sub, std::span<const Variant> args, ErrorRef* error);
 
   // ---- variable table (variables.cpp)
   ValueRef addVarWithName(UStringView name, const Variant& value, bool constant);
@@ -275,7 +269,6 @@ class ScriptCore final : public ScriptServices, public std::enable_shared_from_t
   // Names that addVarWithName adds from now on are also appended to *names (nullptr: none).
   void recordNewNames(std::vector<UString>* names) noexcept { newNames_ = names; }
   void removeVar(UStringView name);
-  std::unordered_map<UString, ValueRef>& getVars() noexcept { return _vars; }
   void clearTmpVars();
   // Stores a value (or, for storeTempSlot, a slot itself) under a fresh temporary name,
   // recorded for clearTmpVars, and answers the name.
@@ -285,8 +278,6 @@ class ScriptCore final : public ScriptServices, public std::enable_shared_from_t
   bool isKeyword(UStringView word) const;
 
   // Epochs of the variable table's names and of the host-object list (see epoch.h).
-  uint64_t varsEpoch() const noexcept { return varsEpoch_; }
-  uint64_t objsEpoch() const noexcept { return objsEpoch_; }
   void varsChanged() noexcept { varsEpoch_ = nextBindingEpoch(); }
   // Call frames of one procedure share an epoch while their tables agree (see LxBasicSub).
   void setVarsEpoch(uint64_t epoch) noexcept { varsEpoch_ = epoch; }
@@ -294,34 +285,23 @@ class ScriptCore final : public ScriptServices, public std::enable_shared_from_t
   // the owner's epoch (see findSel), so that what its lines found in one call holds in the next.
   void setObjsEpoch(uint64_t epoch) noexcept { objsEpoch_ = epoch; }
 
-  // ---- state shared with the statement sources
-  LxBasicStringList _script;
-  std::unique_ptr<LxBasicStringList> _optimized;
-  std::unordered_map<UString, ValueRef> _vars;
-  std::vector<ObjectRef> _objs;
-  std::vector<char> _ifs;  // truth of each open block IF, innermost last
-  LoopStack _loops;
-  std::vector<UString> _tmps;
-  std::shared_ptr<LxBasicSub> _newsub;
-  int32_t _curline = 0;
-  int32_t _ignore_error = 0;
-  int32_t _check = 0;
-  std::atomic<int32_t> _running{0};
+  // Its frame's state is reached through the accessors above; the procedure-call frame that
+  // binds and unbinds this script between calls resets it directly.
+  friend class CallFrame;
 
  private:
-  ScriptCore();
+  explicit ScriptCore(ScriptCore* root);
   void initialise();
   // Applies the error policy after a line; answers false when the run must stop.
   bool applyErrorPolicy(const UString& line, int32_t scriptLine);
   void prepareSource();
 
   std::shared_ptr<SharedState> shared_;
-  bool isRoot_ = false;
   int32_t callLevel_ = 0;
   std::shared_ptr<LxBasicFunc> library_;
-  mutable std::mutex errorMutex_;
-  ErrorRef _error;
-  std::atomic<bool> errorSet_{false};
+  std::unique_ptr<LxBasicStringList> _optimized;  // the statements of the running source
+  std::shared_ptr<LxBasicSub> _newsub;            // an open procedure definition
+  std::atomic<int32_t> _running{0};
   // Held by the script thread while its lines run, so that a watchdog that gives up waiting
   // reads RESULT only once the stopped run has left its last line.
   mutable std::timed_mutex lineMutex_;
@@ -331,10 +311,6 @@ class ScriptCore final : public ScriptServices, public std::enable_shared_from_t
   std::atomic<bool> threadActive_{false};
   std::vector<UString>* newNames_ = nullptr;
   uint8_t constantsShown_ = 0;  // ConstantParts
-  const std::vector<UString>* boundNames_ = nullptr;
-  ValueRef* const* boundEntries_ = nullptr;
-  uint64_t varsEpoch_ = nextBindingEpoch();
-  uint64_t objsEpoch_ = nextBindingEpoch();
   PreparedLines prepared_;
   // The compiled form of the line being executed; nullptr on the reference evaluator.
   compiled::LineCode* currentCode_ = nullptr;
@@ -372,7 +348,6 @@ class ScriptCore final : public ScriptServices, public std::enable_shared_from_t
   Variant runWatched(const Variant& argument);
   class Watchdog;
 
-  bool stopSticky_ = false;  // guarded by errorMutex_
   mutable std::mutex finishedMutex_;
   mutable std::condition_variable finishedCv_;
 
@@ -405,31 +380,9 @@ inline bool bindSlot(ValueRef& slot, const Variant& value, bool constant) {
   return false;
 }
 
-// The error a caller reports for a procedure whose body failed: the inner code one level out
-// (plus 100, saturating), the inner message and line text.
-ErrorRef procedureFailure(const LxError& inner);
-
-// RETAIN, RELEASE and DEALLOC (given upper-cased) are never called from scripts.
-inline bool isForbiddenMethodName(const UString& upper) {
-  return upper == u"RETAIN" || upper == u"RELEASE" || upper == u"DEALLOC";
-}
-
-// Orders two values: -1, 0 or 1 (expressions.cpp); throws for an array against a non-array.
-int32_t compareValues(const Variant& a, const Variant& b);
-
 // The procedure table of a new script (procedures.cpp).
 std::shared_ptr<LxBasicSubs> makeProcedureTable(ScriptCore& owner);
 
-// The variable slot reached by a list of indices (each read as a 32-bit integer from its
-// text), or nullptr; a slot that holds no array answers a new Empty slot.
-ValueRef getElement(std::span<const Variant> indices, const LxValue* slot);
-// Item i of a list value, or nullptr when the value is no list or i lies outside it.
-inline const Variant* itemAt(const Variant& list, int32_t i) noexcept {
-  if (!list.isArray()) return nullptr;
-  const auto& items = list.arrayUnchecked()->items;
-  if (i < 0 || static_cast<size_t>(i) >= items.size()) return nullptr;
-  return &items[static_cast<size_t>(i)];
-}
 // Adds one dimension of `count` elements to an array under construction.
 void dimArray(Array& list, int32_t count, bool leaf);
 

@@ -13,7 +13,7 @@ bool ScriptCore::sendCounted(Object& target, const MethodInfo& method,
                              std::span<const Variant> args, CallResult* r) {
   // Calls made from a procedure's script count against the tree's call-depth limit; the
   // host's script itself does not count them.
-  if (isRoot_) {
+  if (isRoot()) {
     *r = sendMsgToObj(target, method, args);
   } else {
     if (shared_->callDepth() >= 256) {
@@ -254,7 +254,7 @@ UString ScriptCore::parseLine(const UString& original, bool comparition) {
         }
         line.erase(0, static_cast<size_t>(eq) + 1);
         target = getValueForVar(targetName);
-        if (!target && !isRoot_) target = root().getValueForVar(targetName);
+        if (!target && !isRoot()) target = root().getValueForVar(targetName);
         if (!target) {
           setError(LxError::make(kVariableNotFound, original, left));
           return UString();

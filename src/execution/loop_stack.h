@@ -7,7 +7,7 @@
 #include <memory>
 #include <vector>
 
-#include "interpreter/epoch.h"
+#include "execution/epoch.h"
 
 namespace lx {
 
