@@ -9,7 +9,14 @@
 //
 // Beyond the classic host interface (script text, time limit, run, runScript, terminate,
 // error, running, line, reset, checkSyntax, variables and host objects) the object offers
-// succeeded()/failed(), restart(), call() and a line hook.
+// outcome() and its conveniences succeeded()/failed(), cancel(), restart(), call() and a line
+// hook.
+//
+// While a script runs, its lines own its text, variables, host objects and procedures: the
+// entries marked "not while running" below throw InvalidArgumentException when called then
+// (from another thread, or from a host method the script is calling), and change nothing.
+// terminate(), cancel(), running(), line(), error(), errorSnapshot() and outcome() may be
+// called from any thread at any time.
 #pragma once
 
 #include <chrono>
@@ -32,11 +39,31 @@ namespace lx {
 class ScriptCore;
 class DialogProvider;
 
+// How the last run (or call()) of a script ended, in one record.
+enum class RunState {
+  Succeeded,  // no error, or a signal (code 0 or below, e.g. -1 "Correct exit" after EXIT,
+              // terminate, cancel), and no exception, thrown or swallowed
+  Failed,     // an error with a code above 0, or an exception
+  Running,    // a run is active: the other fields are not settled yet
+};
+struct RunOutcome {
+  RunState status = RunState::Succeeded;
+  // The variable RESULT when the run ended (Empty when there is none, or while running).
+  Variant result;
+  // A copy of the error record the run left (nullptr when none); nothing changes it later.
+  std::shared_ptr<const LxError> error;
+  // The exception that ended the run: kept from run()'s background thread, and recorded
+  // when it left runScript() for its caller.
+  std::exception_ptr exception;
+  // The first exception that ended a procedure's body during the run or call() (a host
+  // method that threw inside a SUB or FUNCTION). The language drops it: the procedure ends
+  // without an error and the script goes on, so only this field tells the host.
+  std::exception_ptr swallowed;
+};
+
 class LX_API LxBasicScript {
  public:
   LxBasicScript();
-  // A handle on an existing script object (the engine hands these to ScriptAware objects).
-  explicit LxBasicScript(std::shared_ptr<ScriptCore> core) noexcept : core_(std::move(core)) {}
   ~LxBasicScript();
   LxBasicScript(const LxBasicScript&) = delete;
   LxBasicScript& operator=(const LxBasicScript&) = delete;
@@ -44,6 +71,7 @@ class LX_API LxBasicScript {
   LxBasicScript& operator=(LxBasicScript&&) noexcept = default;
 
   // The script text; split at every line end. `script()` joins the lines with carriage returns.
+  // Not while running.
   void setScript(UStringView text);
   void setScript(std::string_view utf8);
   UString script() const;
@@ -76,6 +104,7 @@ class LX_API LxBasicScript {
   Variant runScript(const Variant& argument = {});
   // Runs every line through the reference evaluator, which re-reads the line's text each
   // time, instead of its compiled form. Results are the same; it is slower. For checking.
+  // Not while running.
   void setReferenceEvaluator(bool on);
   bool referenceEvaluator() const;
   // Lines run so far (procedures and Eval included) through their compiled form and on the
@@ -88,12 +117,20 @@ class LX_API LxBasicScript {
   ExecutionStats executionStats() const;
 
   // Asks a run to stop after its current line (error -1 "Correct exit"); any thread may call it.
+  // A run that has not begun yet clears the request when it starts: to stop a run that
+  // another thread may be starting, use cancel().
   void terminate();
+  // Stops the active run as terminate() does or, when none is active, the next run that
+  // starts (run or runScript), which then ends before its first line with error -1. The run
+  // that honours it consumes it. Any thread may call it.
+  LX_API void cancel();
+
+  // How the last run or call() ended; see RunOutcome. The readers below are conveniences
+  // over it.
+  LX_API RunOutcome outcome() const;
 
   ErrorRef error() const;  // nullptr when the last run went well
-  // The outcome of the last run or call: it succeeded when no error is set or the error is a
-  // signal (code 0 or below, e.g. -1 "Correct exit" after EXIT or terminate), and no
-  // exception ended it. failed() is the opposite.
+  // outcome().status == RunState::Succeeded; failed() is the opposite.
   LX_API bool succeeded() const;
   LX_API bool failed() const;
   // A copy of the error record that nothing changes any more: safe to read while the script
@@ -101,7 +138,8 @@ class LX_API LxBasicScript {
   LX_API std::shared_ptr<const LxError> errorSnapshot() const;
   bool running() const;
   int32_t line() const;  // 0-based script line of the current statement; -1 when not running
-  void reset();          // drops variables, host objects and open blocks (not procedures)
+  // Drops variables, host objects and open blocks (not procedures). Not while running.
+  void reset();
   // Returns the object to the state of a new one: library and constants registered, no
   // variables, host objects or procedures, no open definition or block, error cleared. The
   // script text, time limit, dialog provider, line hook and evaluator choice stay. Throws
@@ -122,30 +160,36 @@ class LX_API LxBasicScript {
   // the evaluated text) and the call depth (0 at the top, 1 inside a procedure called from
   // there, ...). Answering false stops the run as terminate() does. Runs on the script's
   // thread; an exception from it ends the run as a host method's would. An empty function
-  // removes the hook. Throws InvalidArgumentException while the script is running.
+  // removes the hook. Not while running.
   using LineHook = std::function<bool(int32_t line, int32_t depth)>;
   LX_API void setLineHook(LineHook hook);
   bool checkSyntax() const;  // always true: nothing is checked before a run
 
+  // Not while running.
   ValueRef addVarWithName(UStringView name, const Variant& value);
   ValueRef addConstWithName(UStringView name, const Variant& value);
   // The value of a variable (Empty when there is none); not for use while running.
   Variant valueOf(UStringView name) const;
 
+  // Not while running (addObj and removeObj).
   void addObj(ObjectRef object);
   int32_t objCount() const;
   void removeObj(int32_t index);
 
-  // The exception that ended the last background run, if one did.
+  // outcome().exception: the exception that ended the last run, if one did.
   std::exception_ptr lastException() const;
 
-  // Where MsgBox and InputBox open their windows; nullptr restores the default.
+  // Where MsgBox and InputBox open their windows; nullptr restores the default. Not while
+  // running.
   void setDialogProvider(std::shared_ptr<DialogProvider> provider);
 
-  ScriptCore& core() noexcept { return *core_; }
-  const std::shared_ptr<ScriptCore>& coreRef() const noexcept { return core_; }
-
  private:
+  // The handle a ScriptAware object receives at registration: the engine makes it.
+  explicit LxBasicScript(std::shared_ptr<ScriptCore> core) noexcept;
+  friend class ScriptCore;
+  // For the engine's own tests and tools, declared in an internal header; not exported.
+  friend ScriptCore& coreOf(LxBasicScript& script) noexcept;
+
   std::shared_ptr<ScriptCore> core_;
 };
 

@@ -303,6 +303,14 @@ void ScriptCore::beginRun() {
   // wholly kept.
   std::lock_guard lock(errorMutex_);
   if (isRoot()) {
+    shared_->clearSwallowed();
+    if (cancelPending_) {
+      // A cancel that came before this run began, or while it was being started: honoured
+      // before the first line.
+      cancelPending_ = false;
+      stopWithRecord(LxError::make(kCorrectExit));
+      return;
+    }
     shared_->clearStop();
     stopSticky_ = false;
   }

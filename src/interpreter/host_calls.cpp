@@ -13,6 +13,7 @@ Variant ScriptCore::call(UStringView name, std::span<const Variant> args) {
   setError(nullptr);
   shared_->clearStop();
   clearLastException();
+  shared_->clearSwallowed();
   struct EndOfCall {
     ScriptCore& s;
     ~EndOfCall() { s._running.store(0); }

@@ -96,10 +96,12 @@ CallResult LxBasicSub::run(std::span<const Variant> args, ErrorRef* error) {
   if (body) {
     result = frame.bind(args);
     // An exception out of the body ends only the call; the caller gets what the function had.
-    auto run = [&child, body] {
+    // The host learns of it from the run's outcome.
+    auto run = [&child, &shared, body] {
       try {
         child.runFrameBody(body->lines);
       } catch (...) {
+        shared.noteSwallowed(std::current_exception());
       }
     };
     shared.enterCall();
@@ -141,10 +143,11 @@ CallResult LxBasicSub::runAsChildScript(std::span<const Variant> args, ErrorRef*
   }
   child->addConstWithName(u"__func__", Variant(name_));
 
-  auto body = [&child] {
+  auto body = [&child, &shared] {
     try {
       child->runScript(Variant());
     } catch (...) {
+      shared.noteSwallowed(std::current_exception());
     }
   };
   shared.enterCall();

@@ -49,14 +49,23 @@ void ScriptCore::refuseLongLine(const UString& line, size_t index) {
                                   static_cast<int32_t>(index) + 1));
 }
 
+void ScriptCore::cancel() {
+  std::lock_guard lock(errorMutex_);
+  // Kept for a run that is starting or about to start; an active run also stops at once.
+  cancelPending_ = true;
+  if (running()) stopWithRecord(LxError::make(kCorrectExit));
+}
+
 void ScriptCore::requestStop(ErrorRef reason) {
-  {
-    std::lock_guard lock(errorMutex_);
-    _error = std::move(reason);
-    errorSet_.store(true, std::memory_order_release);
-    stopSticky_ = true;
-    shared_->raiseStop();
-  }
+  std::lock_guard lock(errorMutex_);
+  stopWithRecord(std::move(reason));
+}
+
+void ScriptCore::stopWithRecord(ErrorRef reason) {
+  _error = std::move(reason);
+  errorSet_.store(true, std::memory_order_release);
+  stopSticky_ = true;
+  shared_->raiseStop();
 }
 
 bool ScriptCore::claimRun() {
@@ -66,7 +75,11 @@ bool ScriptCore::claimRun() {
 
 void ScriptCore::endRun() {
   {
-    std::lock_guard lock(finishedMutex_);
+    // A cancel that reached this run was honoured by it; it does not carry to the next. Both
+    // change under the lock a cancel takes, so it sees the run either active or ended.
+    std::lock_guard lock(errorMutex_);
+    cancelPending_ = false;
+    std::lock_guard finished(finishedMutex_);
     _running.store(0);
   }
   finishedCv_.notify_all();

@@ -117,6 +117,11 @@ void ScriptCore::restart() {
   initialise();
 }
 
+void ScriptCore::setLastException(std::exception_ptr e) {
+  std::lock_guard lock(exceptionMutex_);
+  lastException_ = std::move(e);
+}
+
 void ScriptCore::clearLastException() {
   std::lock_guard lock(exceptionMutex_);
   lastException_ = nullptr;
@@ -180,19 +185,38 @@ Variant ScriptCore::resultValue() const {
 
 // ---- the host's handle
 
+namespace {
+
+// The contract check of the host's entries that change what a running script's lines own.
+void requireIdle(const ScriptCore& core, const char* entry) {
+  if (core.running()) {
+    throw InvalidArgumentException(std::string(entry) + ": the script is running");
+  }
+}
+
+}  // namespace
+
+ScriptCore& coreOf(LxBasicScript& script) noexcept {
+  return *script.core_;
+}
+
 LxBasicScript::LxBasicScript() : core_(ScriptCore::create()) {}
+LxBasicScript::LxBasicScript(std::shared_ptr<ScriptCore> core) noexcept : core_(std::move(core)) {}
 LxBasicScript::~LxBasicScript() = default;
 
 void LxBasicScript::setScript(UStringView text) {
+  requireIdle(*core_, "setScript");
   core_->setScript(Variant(text));
 }
 void LxBasicScript::setScript(std::string_view utf8) {
+  requireIdle(*core_, "setScript");
   core_->setScript(Variant::fromUtf8(utf8));
 }
 UString LxBasicScript::script() const {
   return core_->script();
 }
 void LxBasicScript::setReferenceEvaluator(bool on) {
+  requireIdle(*core_, "setReferenceEvaluator");
   core_->setReferenceEvaluator(on);
 }
 bool LxBasicScript::referenceEvaluator() const {
@@ -215,7 +239,14 @@ Variant LxBasicScript::run(const Variant& argument) {
 }
 Variant LxBasicScript::runScript(const Variant& argument) {
   core_->clearLastException();
-  return core_->runScript(argument);
+  try {
+    return core_->runScript(argument);
+  } catch (const ScriptBusyException&) {
+    throw;  // this call never started a run: the active run's outcome stands
+  } catch (...) {
+    core_->setLastException(std::current_exception());
+    throw;
+  }
 }
 void LxBasicScript::setTimeLimit(std::chrono::milliseconds limit) {
   core_->setTimeLimit(limit.count());
@@ -241,6 +272,9 @@ std::shared_ptr<const LxError> LxBasicScript::errorSnapshot() const {
 void LxBasicScript::terminate() {
   core_->terminate();
 }
+void LxBasicScript::cancel() {
+  core_->cancel();
+}
 ErrorRef LxBasicScript::error() const {
   return core_->error();
 }
@@ -251,15 +285,29 @@ int32_t LxBasicScript::line() const {
   return core_->line();
 }
 void LxBasicScript::reset() {
+  requireIdle(*core_, "reset");
   core_->reset();
 }
 void LxBasicScript::restart() {
   core_->restart();
 }
+RunOutcome LxBasicScript::outcome() const {
+  RunOutcome o;
+  if (core_->running()) {
+    o.status = RunState::Running;
+    o.error = core_->errorSnapshot();
+    return o;
+  }
+  o.result = core_->resultValue();
+  o.error = core_->errorSnapshot();
+  o.exception = core_->lastException();
+  o.swallowed = core_->shared().swallowed();
+  const bool failed = o.exception || o.swallowed || (o.error && o.error->code() > 0);
+  o.status = failed ? RunState::Failed : RunState::Succeeded;
+  return o;
+}
 bool LxBasicScript::succeeded() const {
-  if (core_->lastException()) return false;
-  ErrorRef e = core_->error();
-  return !e || e->code() <= 0;
+  return outcome().status == RunState::Succeeded;
 }
 bool LxBasicScript::failed() const {
   return !succeeded();
@@ -277,9 +325,11 @@ bool LxBasicScript::checkSyntax() const {
   return core_->checkSyntax();
 }
 ValueRef LxBasicScript::addVarWithName(UStringView name, const Variant& value) {
+  requireIdle(*core_, "addVarWithName");
   return core_->addVarWithName(name, scriptValueOf(value));
 }
 ValueRef LxBasicScript::addConstWithName(UStringView name, const Variant& value) {
+  requireIdle(*core_, "addConstWithName");
   return core_->addConstWithName(name, scriptValueOf(value));
 }
 Variant LxBasicScript::valueOf(UStringView name) const {
@@ -287,18 +337,21 @@ Variant LxBasicScript::valueOf(UStringView name) const {
   return slot ? slot->data() : Variant();
 }
 void LxBasicScript::addObj(ObjectRef object) {
+  requireIdle(*core_, "addObj");
   core_->addObj(std::move(object));
 }
 int32_t LxBasicScript::objCount() const {
   return core_->objCount();
 }
 void LxBasicScript::removeObj(int32_t index) {
+  requireIdle(*core_, "removeObj");
   core_->removeObj(index);
 }
 std::exception_ptr LxBasicScript::lastException() const {
   return core_->lastException();
 }
 void LxBasicScript::setDialogProvider(std::shared_ptr<DialogProvider> provider) {
+  requireIdle(*core_, "setDialogProvider");
   core_->setDialogProvider(std::move(provider));
 }
 

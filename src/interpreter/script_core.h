@@ -86,6 +86,9 @@ class ScriptCore final : public Frame,
   bool running() const noexcept { return _running.load() != 0; }
   int32_t line() const;
   void terminate();
+  // Stops the active run as terminate() does, or else the next run to start, before its
+  // first line; the request a run honours does not carry to the one after it.
+  void cancel();
   void reset();
   // Back to the state of a new script object; the text and the host's settings stay.
   void restart();
@@ -115,6 +118,7 @@ class ScriptCore final : public Frame,
   LxBasicFunc& library() const noexcept { return *library_; }
   std::exception_ptr lastException() const;
   void clearLastException();
+  void setLastException(std::exception_ptr e);
   void setDialogProvider(std::shared_ptr<DialogProvider> p) { shared_->setDialogs(std::move(p)); }
 
   // A stop was requested (terminate or the time limit) for the run of this script tree.
@@ -302,6 +306,7 @@ class ScriptCore final : public Frame,
   std::unique_ptr<LxBasicStringList> _optimized;  // the statements of the running source
   std::shared_ptr<LxBasicSub> _newsub;            // an open procedure definition
   std::atomic<int32_t> _running{0};
+  bool cancelPending_ = false;  // guarded by errorMutex_
   // Held by the script thread while its lines run, so that a watchdog that gives up waiting
   // reads RESULT only once the stopped run has left its last line.
   mutable std::timed_mutex lineMutex_;
@@ -340,6 +345,8 @@ class ScriptCore final : public Frame,
   void refuseLongLine(const UString& line, size_t index);
   // Stops the run with `reason` (error -1 or 31), which no later error of the run replaces.
   void requestStop(ErrorRef reason);
+  // The same with errorMutex_ held.
+  void stopWithRecord(ErrorRef reason);
   // Takes the run for this caller, atomically; false when one is already active.
   bool claimRun();
   void endRun();

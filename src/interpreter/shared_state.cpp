@@ -38,4 +38,19 @@ SharedState::ExecutionStats SharedState::executionStats() const {
   return stats;
 }
 
+void SharedState::noteSwallowed(std::exception_ptr e) {
+  std::lock_guard lock(swallowedMutex_);
+  if (!swallowed_) swallowed_ = std::move(e);
+}
+
+std::exception_ptr SharedState::swallowed() const {
+  std::lock_guard lock(swallowedMutex_);
+  return swallowed_;
+}
+
+void SharedState::clearSwallowed() {
+  std::lock_guard lock(swallowedMutex_);
+  swallowed_ = nullptr;
+}
+
 }  // namespace lx

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -89,6 +90,12 @@ class SharedState {
   void noteFallback(int32_t scriptLine, std::string reason);
   ExecutionStats executionStats() const;
 
+  // ---- the first exception that a procedure's run ended with and dropped, as the language
+  // has it: the script goes on, but the host can learn of it from the run's outcome
+  void noteSwallowed(std::exception_ptr e);
+  std::exception_ptr swallowed() const;
+  void clearSwallowed();
+
  private:
   ScriptCore& root_;
   std::shared_ptr<LxBasicSubs> procedures_;
@@ -108,6 +115,8 @@ class SharedState {
   ExecutionStats stats_;  // the fallbacks; the counts are kept apart, counted without a lock
   std::atomic<uint64_t> compiledLines_{0};
   std::atomic<uint64_t> referenceLines_{0};
+  mutable std::mutex swallowedMutex_;
+  std::exception_ptr swallowed_;
 };
 
 }  // namespace lx

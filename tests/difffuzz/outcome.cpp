@@ -6,7 +6,7 @@
 
 #include "difffuzz/host_tally.h"
 #include "difffuzz/value_text.h"
-#include "interpreter/script_core.h"
+#include "interpreter/script_handle.h"
 #include "lxbasic/exceptions.h"
 #include "lxbasic/script.h"
 #include "lxbasic/text.h"
@@ -80,7 +80,7 @@ Outcome runOnce(lx::LxBasicScript& script, const Tally& tally, std::chrono::mill
     out.timedOut = watchdog.stop();
   }
   // After an exception RESULT is read from the table as the run left it.
-  if (!out.exception.empty()) result = script.core().resultValue();
+  if (!out.exception.empty()) result = lx::coreOf(script).resultValue();
   out.result = renderValue(result);
   if (auto err = script.error()) {
     out.hasError = true;
@@ -89,7 +89,7 @@ Outcome runOnce(lx::LxBasicScript& script, const Tally& tally, std::chrono::mill
     out.line = withoutTemporaryNumbers(lx::toUtf8(err->line()));
     out.lineNumber = err->lineNumber();
   }
-  for (const auto& [name, slot] : script.core().getVars()) {
+  for (const auto& [name, slot] : lx::coreOf(script).getVars()) {
     if (isTemporary(name)) continue;
     out.vars[lx::toUtf8(name)] = slot ? renderSlot(*slot) : "(no slot)";
   }

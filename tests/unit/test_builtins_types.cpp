@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "builtins/library.h"
-#include "interpreter/script_core.h"
+#include "interpreter/script_handle.h"
 #include "lxbasic/exceptions.h"
 #include "lxbasic/log.h"
 #include "lxbasic/script.h"
@@ -24,7 +24,7 @@ class HostThing final : public lx::Object {
 
 // Calls a built-in of the library object that belongs to `script`.
 Variant callIn(lx::LxBasicScript& script, const char16_t* name, std::vector<Variant> args) {
-  lx::LxBasicFunc& lib = script.core().library();
+  lx::LxBasicFunc& lib = lx::coreOf(script).library();
   const lx::MethodInfo* m = lx::findMethod(lib.lxClass(), name, static_cast<int32_t>(args.size()));
   if (!m) throw std::logic_error("no such built-in");
   return lx::sendMsgToObj(lib, *m, args).value;
@@ -127,7 +127,7 @@ TEST(TypesEval, EvaluatesInTheScript) {
   script.addVarWithName(u"x", I(21));
   EXPECT_EQ(num(callIn(script, u"Eval", {u"  x * 2  "})), 42);
   EXPECT_EQ(num(callIn(script, u"Eval", {u"1 + 2"})), 3);
-  EXPECT_FALSE(script.core().getValueForVar(u"__eval__"));
+  EXPECT_FALSE(lx::coreOf(script).getValueForVar(u"__eval__"));
 }
 
 TEST(TypesEval, OnlyTheFirstLineAndEmptyResults) {
@@ -137,7 +137,7 @@ TEST(TypesEval, OnlyTheFirstLineAndEmptyResults) {
   EXPECT_EQ(num(script.valueOf(u"y")), 1);
   EXPECT_TRUE(callIn(script, u"Eval", {u""}).isEmpty());
   EXPECT_TRUE(callIn(script, u"Eval", {u"   \n  "}).isEmpty());
-  EXPECT_FALSE(script.core().getValueForVar(u"__eval__"));
+  EXPECT_FALSE(lx::coreOf(script).getValueForVar(u"__eval__"));
 }
 
 TEST(TypesEval, NonTextFailsTheCallAndNoScriptGivesEmpty) {

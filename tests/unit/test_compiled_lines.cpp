@@ -235,7 +235,7 @@ TEST(CompiledStats, CountLinesAndNameFallbacks) {
   lx::LxBasicScript s;
   s.setScript(u"DIM i, n\nFOR i = 1 TO 3\nn = n + i\nNEXT");
   s.runScript();
-  const auto stats = s.core().executionStats();
+  const auto stats = s.executionStats();
   EXPECT_GE(stats.compiledLines, 7u);  // FOR, three assignments, three NEXTs
   ASSERT_FALSE(stats.fallbacks.empty());
   EXPECT_EQ(stats.fallbacks.front().first, 1);  // the DIM lines run as they are
@@ -244,7 +244,7 @@ TEST(CompiledStats, CountLinesAndNameFallbacks) {
   temp.setScript(u"DIM ____x = 2\n____x = ____x + 1");
   temp.runScript();
   bool named = false;
-  for (const auto& [line, reason] : temp.core().executionStats().fallbacks) {
+  for (const auto& [line, reason] : temp.executionStats().fallbacks) {
     named = named || (line == 2 && reason.find("temporary") != std::string::npos);
   }
   EXPECT_TRUE(named);
@@ -253,8 +253,8 @@ TEST(CompiledStats, CountLinesAndNameFallbacks) {
   slow.setReferenceEvaluator(true);
   slow.setScript(u"DIM n\nn = 1");
   slow.runScript();
-  EXPECT_EQ(slow.core().executionStats().compiledLines, 0u);
-  EXPECT_EQ(slow.core().executionStats().referenceLines, 2u);
+  EXPECT_EQ(slow.executionStats().compiledLines, 0u);
+  EXPECT_EQ(slow.executionStats().referenceLines, 2u);
 }
 
 }  // namespace
