@@ -2,6 +2,10 @@
 //
 //   lxbench [--reference] [--memory] WORKLOAD.bas N   the script with every @N@ replaced by N
 //   lxbench [--reference] [--memory] --create N       N script objects made and dropped
+//   lxbench [--reference] [--memory] --call N         N calls of a script FUNCTION by the host
+//
+// Every workload's script has a host object whose method Twice(n) answers 2 * n, so that a
+// workload can measure the crossing from a script into the host.
 //
 // --memory prints the peak resident set size to standard error at the end.
 //
@@ -14,6 +18,7 @@
 #include <string>
 #include <string_view>
 
+#include "lxbasic/bridge.h"
 #include "lxbasic/exceptions.h"
 #include "lxbasic/script.h"
 #include "lxbasic/text.h"
@@ -21,7 +26,8 @@
 namespace {
 
 int usage() {
-  std::fprintf(stderr, "usage: lxbench [--reference] [--memory] (WORKLOAD.bas | --create) N\n");
+  std::fprintf(stderr,
+               "usage: lxbench [--reference] [--memory] (WORKLOAD.bas | --create | --call) N\n");
   return 2;
 }
 
@@ -37,16 +43,52 @@ std::string instantiate(const std::string& path, const std::string& n) {
   return text;
 }
 
-int runWorkload(const std::string& path, const std::string& n, bool reference) {
-  lx::LxBasicScript script;
-  script.setReferenceEvaluator(reference);
-  script.setScript(std::string_view(instantiate(path, n)));
-  lx::Variant result = script.runScript();
+class BenchHost : public lx::Object {
+ public:
+  int32_t twice(int32_t n) const { return 2 * n; }
+};
+
+void addBenchHost(lx::LxBasicScript& script) {
+  static const bool registered = [] {
+    lx::ClassBuilder<BenchHost>("BenchHost").method("Twice:", &BenchHost::twice);
+    return true;
+  }();
+  (void)registered;
+  script.addObj(std::make_shared<BenchHost>());
+}
+
+int failed(const lx::LxBasicScript& script) {
   if (auto err = script.error(); err && err->code() > 0) {
     std::fprintf(stderr, "lxbench: %s\n", lx::toUtf8(err->description()).c_str());
     return 1;
   }
+  return 0;
+}
+
+int runWorkload(const std::string& path, const std::string& n, bool reference) {
+  lx::LxBasicScript script;
+  script.setReferenceEvaluator(reference);
+  addBenchHost(script);
+  script.setScript(std::string_view(instantiate(path, n)));
+  lx::Variant result = script.runScript();
+  if (failed(script)) return 1;
   std::printf("%s\n", lx::toUtf8(lx::toText(result)).c_str());
+  return 0;
+}
+
+// The host calling into the script: one FUNCTION, called with one argument each time.
+int callFunction(long count, bool reference) {
+  lx::LxBasicScript script;
+  script.setReferenceEvaluator(reference);
+  script.setScript(u"FUNCTION Bump(n)\nBump = n + 1\nEND FUNCTION");
+  script.runScript();
+  if (failed(script)) return 1;
+  lx::Variant value = lx::Variant::int32(0);
+  for (long i = 0; i < count; ++i) {
+    value = script.call(u"Bump", {value});
+    if (failed(script)) return 1;
+  }
+  std::printf("%s\n", lx::toUtf8(lx::toText(value)).c_str());
   return 0;
 }
 
@@ -72,7 +114,7 @@ int main(int argc, char** argv) {
   bool reference = false;
   bool memory = false;
   for (; at < argc && std::string_view(argv[at]).starts_with("--") &&
-         std::string_view(argv[at]) != "--create";
+         std::string_view(argv[at]) != "--create" && std::string_view(argv[at]) != "--call";
        ++at) {
     std::string_view option = argv[at];
     if (option == "--reference") {
@@ -89,6 +131,7 @@ int main(int argc, char** argv) {
   if (n.empty() || n.find_first_not_of("0123456789") != std::string::npos) return usage();
   try {
     int status = what == "--create" ? createScripts(std::stol(n), reference)
+                 : what == "--call" ? callFunction(std::stol(n), reference)
                                     : runWorkload(what, n, reference);
     if (memory) printPeakMemory();
     return status;

@@ -151,6 +151,14 @@ LX_API uint64_t unsignedArgument(const Variant& v, int bits);
 // value's text, as for int, which must fit the type; one that does not throws
 // InvalidArgumentException instead of wrapping.
 LX_API int32_t narrowArgument(const Variant& v, int bits);
+// The value for an int parameter: the 32-bit integer read from the value's text, saturating.
+// A 32-bit integer Number is its own text's integer, so it skips making the text.
+inline int32_t int32Argument(const Variant& v) {
+  if (v.isNumber() && v.numberUnchecked().type() == Number::Type::Int32) {
+    return v.numberUnchecked().toInt32();
+  }
+  return intValue(toText(v));
+}
 
 template <class A, class = void>
 struct Arg;
@@ -190,7 +198,7 @@ struct Arg<I, std::enable_if_t<std::is_integral_v<I>>> {
     } else if constexpr (kNarrow) {
       return static_cast<I>(narrowArgument(v, static_cast<int>(8 * sizeof(I))));
     } else {
-      return static_cast<I>(intValue(toText(v)));
+      return static_cast<I>(int32Argument(v));
     }
   }
 };

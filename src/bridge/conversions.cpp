@@ -71,7 +71,7 @@ uint64_t unsignedArgument(const Variant& v, int bits) {
 }
 
 int32_t narrowArgument(const Variant& v, int bits) {
-  const int32_t value = intValue(toText(v));
+  const int32_t value = int32Argument(v);
   const int32_t max = (int32_t{1} << (bits - 1)) - 1;
   if (value > max || value < -max - 1) {
     outOfRange(v, "a signed " + std::to_string(bits) + "-bit parameter");

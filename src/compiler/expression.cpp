@@ -364,10 +364,18 @@ class CallStep final : public Step {
       if (!have && script.hasError()) return bracketFailed(script, line);
       if (have && v.value().isObject()) receiver = v.value().object();
     } else {
+      // Held for the call: the procedure or array may be replaced while the arguments run.
+      // A function of a host object needs nothing held.
       resolve(script);
-      sub = sub_;
-      if (!sub) array = lookupVariable(script, key_, variable_);
-      kind = sub ? Kind::Procedure : array ? Kind::Element : Kind::Function;
+      if (sub_) {
+        sub = sub_;
+        kind = Kind::Procedure;
+      } else if (const ValueRef& variable = lookupVariable(script, key_, variable_)) {
+        array = variable;
+        kind = Kind::Element;
+      } else {
+        kind = Kind::Function;
+      }
     }
 
     Arguments args;
@@ -451,10 +459,12 @@ class CallStep final : public Step {
     }
     const auto count = static_cast<int32_t>(args.span().size());
     const MethodInfo* found = nullptr;
-    ObjectRef target;
+    // The receiver's value holds its object for the call; a registered object is held by the
+    // frame's list, which no host entry may change while the script runs.
+    Object* target = nullptr;
     if (onReceiver) {
       found = receiver ? findMethod(receiver->lxClass(), method_, count) : nullptr;
-      target = receiver;
+      target = receiver.get();
     } else {
       if (objsEpoch_ != script.objsEpoch()) {
         function_ = nullptr;
@@ -462,7 +472,7 @@ class CallStep final : public Step {
         objsEpoch_ = script.objsEpoch();
       }
       found = function_;
-      if (found) target = script.getObjs()[static_cast<size_t>(functionTarget_)];
+      if (found) target = script.getObjs()[static_cast<size_t>(functionTarget_)].get();
     }
     if (!found) {
       script.setError(LxError::make(kFunctionNotFound, line, method_));

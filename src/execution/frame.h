@@ -86,7 +86,7 @@ class Frame {
   // The procedure of that name (any letter case), or nullptr; the table's epoch changes
   // whenever a procedure is added.
   std::shared_ptr<LxBasicSub> getSubByName(UStringView name) const;
-  uint64_t proceduresEpoch() const noexcept;
+  uint64_t proceduresEpoch() const noexcept { return *proceduresEpoch_; }
   // One call of a procedure: its result, or argumentMismatch when the argument count is
   // wrong; a failure of the body is stored in *error and answers Empty.
   CallResult callProcedure(LxBasicSub& sub, std::span<const Variant> args, ErrorRef* error);
@@ -109,6 +109,10 @@ class Frame {
   uint64_t objsEpoch_ = nextBindingEpoch();
   const std::vector<UString>* boundNames_ = nullptr;
   ValueRef* const* boundEntries_ = nullptr;
+  // The procedure table's epoch, where the table keeps it (the tree's table replaces it only
+  // between runs, and then every frame is made anew or pointed at the new one).
+  const uint64_t* proceduresEpoch_ = &kNoProcedures;
+  static constexpr uint64_t kNoProcedures = 0;
 
   mutable std::mutex errorMutex_;
   ErrorRef _error;

@@ -50,11 +50,6 @@ std::shared_ptr<LxBasicSub> Frame::getSubByName(UStringView name) const {
   return script(*this).getSubByName(name);
 }
 
-uint64_t Frame::proceduresEpoch() const noexcept {
-  const auto& table = script(*this).getSubs();
-  return table ? table->epoch() : 0;
-}
-
 CallResult Frame::callProcedure(LxBasicSub& sub, std::span<const Variant> args, ErrorRef* error) {
   return sub.run(args, error);
 }

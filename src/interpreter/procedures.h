@@ -108,6 +108,7 @@ class LxBasicSubs {
   std::shared_ptr<LxBasicSub> getSubByName(UStringView name) const;
   // Changes whenever a procedure is added (see execution/epoch.h).
   uint64_t epoch() const noexcept { return epoch_; }
+  const uint64_t* epochAddress() const noexcept { return &epoch_; }
   // Breaks the records' links to the frames and bodies they keep (the table's owner is going).
   void releaseFrames();
 

@@ -28,6 +28,7 @@ std::shared_ptr<ScriptCore> ScriptCore::create() {
   std::shared_ptr<ScriptCore> script(new ScriptCore(nullptr));
   script->shared_ = std::make_shared<SharedState>(*script);
   script->shared_->setProcedures(makeProcedureTable(*script));
+  script->proceduresEpoch_ = script->shared_->procedures()->epochAddress();
   script->initialise();
   return script;
 }
@@ -35,6 +36,7 @@ std::shared_ptr<ScriptCore> ScriptCore::create() {
 std::shared_ptr<ScriptCore> ScriptCore::createChild(ScriptCore& owner) {
   std::shared_ptr<ScriptCore> child(new ScriptCore(&owner.root()));
   child->shared_ = owner.shared_;
+  child->proceduresEpoch_ = owner.proceduresEpoch_;
   child->initialise();
   child->_objs.insert(child->_objs.end(), owner._objs.begin() + (owner._objs.empty() ? 0 : 1),
                       owner._objs.end());
@@ -108,6 +110,7 @@ void ScriptCore::restart() {
   _newsub.reset();
   if (const auto& table = shared_->procedures()) table->releaseFrames();
   shared_->setProcedures(makeProcedureTable(*this));
+  proceduresEpoch_ = shared_->procedures()->epochAddress();
   _curline = 0;
   _ignore_error = 0;
   shared_->resetCallDepth();
