@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "lxbasic/bridge.h"
 #include "lxbasic/exceptions.h"
@@ -50,6 +51,23 @@ class Inventory : public lx::Object {
     }
     return best ? lx::Variant::fromUtf8(*best) : lx::Variant();
   }
+  // Lists cross both ways as arrays: the script indexes what Items answers, and Reorder
+  // reads the items of an array the script made.
+  lx::Variant items() const {
+    std::vector<lx::Variant> names;
+    for (const auto& [item, entry] : stock_) names.push_back(lx::Variant::fromUtf8(item));
+    return lx::Variant::from(names);
+  }
+  int32_t reorder(const lx::Variant& list, int32_t each) {
+    const auto items = list.as<std::vector<lx::Variant>>();  // no value when it is no array
+    if (!items) throw lx::InvalidArgumentException("Reorder wants a list of items");
+    int32_t reordered = 0;
+    for (const lx::Variant& item : *items) {
+      stock_[lx::toUtf8(lx::toText(item))].count += each;
+      ++reordered;
+    }
+    return reordered;
+  }
 
  private:
   struct Entry {
@@ -68,7 +86,9 @@ void registerInventory() {
       .method("Count:", &Inventory::count)
       .method("Sell:count:", &Inventory::sell)
       .method("TotalValue", &Inventory::totalValue)
-      .method("Cheapest", &Inventory::cheapest);
+      .method("Cheapest", &Inventory::cheapest)
+      .method("Items", &Inventory::items)
+      .method("Reorder:each:", &Inventory::reorder);
 }
 
 // Runs one script against the shared inventory and prints how it went.
@@ -114,6 +134,12 @@ int main() {
              "Sell(\"pear\", 50)\n"
              "RESULT = \"not reached\"\n");
 
-  std::printf("pears left: %d\n", inventory->count("pear"));
+  runAndShow("lists both ways", inventory,
+             "DIM names = Items\n"
+             "DIM RESULT = (UBound(names) + 1) & \" items, the first is \" & names(0)\n"
+             "DIM order = Array(\"pear\", \"plum\")\n"
+             "RESULT = RESULT & \"; reordered \" & Reorder(order, 10)\n");
+
+  std::printf("pears left: %d, plums: %d\n", inventory->count("pear"), inventory->count("plum"));
   return 0;
 }
