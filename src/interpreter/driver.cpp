@@ -428,17 +428,13 @@ Variant ScriptCore::run(const Variant& argument) {
     bool done = false;
   };
   auto completion = std::make_shared<Completion>();
-  {
-    std::lock_guard lock(exceptionMutex_);
-    lastException_ = nullptr;
-  }
+  clearLastException();
   // The thread keeps the script alive, so a host may drop its handle as soon as run returns.
   std::thread worker([self = shared_from_this(), argument, completion] {
     try {
       self->runBody(argument);
     } catch (...) {
-      std::lock_guard lock(self->exceptionMutex_);
-      self->lastException_ = std::current_exception();
+      self->setLastException(std::current_exception());
     }
     {
       std::lock_guard lock(completion->m);

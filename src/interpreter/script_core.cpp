@@ -111,6 +111,7 @@ void ScriptCore::restart() {
   if (const auto& table = shared_->procedures()) table->releaseFrames();
   shared_->setProcedures(makeProcedureTable(*this));
   proceduresEpoch_ = shared_->procedures()->epochAddress();
+  lastCallSub_.reset();
   _curline = 0;
   _ignore_error = 0;
   shared_->resetCallDepth();
@@ -123,11 +124,14 @@ void ScriptCore::restart() {
 void ScriptCore::setLastException(std::exception_ptr e) {
   std::lock_guard lock(exceptionMutex_);
   lastException_ = std::move(e);
+  hasLastException_.store(lastException_ != nullptr);
 }
 
 void ScriptCore::clearLastException() {
+  if (!hasLastException_.load()) return;  // the common case takes no lock
   std::lock_guard lock(exceptionMutex_);
   lastException_ = nullptr;
+  hasLastException_.store(false);
 }
 
 void ScriptCore::addObj(ObjectRef obj) {

@@ -311,7 +311,13 @@ class ScriptCore final : public Frame,
   // reads RESULT only once the stopped run has left its last line.
   mutable std::timed_mutex lineMutex_;
   std::exception_ptr lastException_;
+  std::atomic<bool> hasLastException_{false};
   mutable std::mutex exceptionMutex_;
+  // The procedure the host called last by that name, while the table is unchanged: a host
+  // that calls one FUNCTION over and over finds it without looking it up each time.
+  UString lastCallName_;
+  std::shared_ptr<LxBasicSub> lastCallSub_;
+  uint64_t lastCallEpoch_ = 0;
   std::atomic<int32_t> currentScriptLine_{-1};
   std::atomic<bool> threadActive_{false};
   std::vector<UString>* newNames_ = nullptr;

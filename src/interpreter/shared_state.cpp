@@ -41,6 +41,7 @@ SharedState::ExecutionStats SharedState::executionStats() const {
 void SharedState::noteSwallowed(std::exception_ptr e) {
   std::lock_guard lock(swallowedMutex_);
   if (!swallowed_) swallowed_ = std::move(e);
+  hasSwallowed_.store(true);
 }
 
 std::exception_ptr SharedState::swallowed() const {
@@ -49,8 +50,10 @@ std::exception_ptr SharedState::swallowed() const {
 }
 
 void SharedState::clearSwallowed() {
+  if (!hasSwallowed_.load()) return;  // the common case takes no lock
   std::lock_guard lock(swallowedMutex_);
   swallowed_ = nullptr;
+  hasSwallowed_.store(false);
 }
 
 }  // namespace lx

@@ -117,6 +117,7 @@ class SharedState {
   std::atomic<uint64_t> referenceLines_{0};
   mutable std::mutex swallowedMutex_;
   std::exception_ptr swallowed_;
+  std::atomic<bool> hasSwallowed_{false};
 };
 
 }  // namespace lx
