@@ -46,14 +46,31 @@ UString afterEndIf(const UString& line) {
   return trim(rest);
 }
 
+namespace {
+
+// The statement after its first word, and where its two keywords stand in it (-1: absent).
+struct Keywords {
+  UString rest;
+  int32_t first;
+  int32_t second;
+  int32_t length;
+};
+
+Keywords findKeywords(const UString& line, UStringView first, UStringView second) {
+  Keywords k{afterFirstWord(line), -1, -1, 0};
+  k.first = findKeyword(first, k.rest);
+  k.second = findKeyword(second, k.rest);
+  k.length = static_cast<int32_t>(k.rest.size());
+  return k;
+}
+
+}  // namespace
+
 IfParts splitIf(const UString& line) {
   IfParts parts;
-  const UString rest = afterFirstWord(line);
-  const int32_t thenAt = findKeyword(u"THEN", rest);
-  const int32_t elseAt = findKeyword(u"ELSE", rest);
+  const auto [rest, thenAt, elseAt, length] = findKeywords(line, u"THEN", u"ELSE");
   if (thenAt == -1) return parts;
   parts.hasThen = true;
-  const auto length = static_cast<int32_t>(rest.size());
   parts.condition = slice(rest, 0, thenAt);
   parts.singleLine = length > thenAt + 5;  // text after THEN
   if (parts.singleLine) {
@@ -77,12 +94,9 @@ UString bracketed(UStringView text) {
 
 ForParts splitFor(const UString& line) {
   ForParts parts;
-  const UString rest = afterFirstWord(line);
-  const int32_t toAt = findKeyword(u"TO", rest);
-  const int32_t stepAt = findKeyword(u"STEP", rest);
+  const auto [rest, toAt, stepAt, length] = findKeywords(line, u"TO", u"STEP");
   if (toAt == -1) return parts;
   parts.hasTo = true;
-  const auto length = static_cast<int32_t>(rest.size());
   const UString head = slice(rest, 0, toAt);
   const int32_t limitEnd = stepAt == -1 ? length : stepAt;
   parts.limit = slice(rest, toAt + 2, limitEnd - (toAt + 2));

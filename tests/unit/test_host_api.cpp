@@ -138,13 +138,20 @@ TEST(Call, RunsAScriptProcedureAndAnswersItsResultOrError) {
   EXPECT_FALSE(script.running());
 }
 
-TEST(LineHook, SeesEveryExecutedLineWithItsDepth) {
-  lx::LxBasicScript script;
-  std::vector<std::pair<int32_t, int32_t>> seen;
+using SeenLines = std::vector<std::pair<int32_t, int32_t>>;
+
+// Sets a hook that records each line and depth it is called with.
+void recordLines(lx::LxBasicScript& script, SeenLines& seen) {
   script.setLineHook([&seen](int32_t line, int32_t depth) {
     seen.emplace_back(line, depth);
     return true;
   });
+}
+
+TEST(LineHook, SeesEveryExecutedLineWithItsDepth) {
+  lx::LxBasicScript script;
+  SeenLines seen;
+  recordLines(script, seen);
   script.setScript(
       u"FUNCTION Twice(n)\n"    // 1
       u"  Twice = n * 2\n"      // 2
@@ -170,19 +177,16 @@ TEST(LineHook, DepthCountsNestedCallsAndEvalAddsNone) {
   for (bool reference : {false, true}) {
     lx::LxBasicScript script;
     script.setReferenceEvaluator(reference);
-    std::vector<std::pair<int32_t, int32_t>> seen;
-    script.setLineHook([&seen](int32_t line, int32_t depth) {
-      seen.emplace_back(line, depth);
-      return true;
-    });
+    SeenLines seen;
+    recordLines(script, seen);
     script.setScript(
-        u"FUNCTION Inner(n)\n"            // 1
+        u"FUNCTION Inner(n)\n"          // 1
         u"  Inner = Eval(\"n + 1\")\n"  // 2
-        u"END FUNCTION\n"                 // 3
-        u"FUNCTION Outer(n)\n"            // 4
-        u"  Outer = Inner(n) * 2\n"       // 5
-        u"END FUNCTION\n"                 // 6
-        u"DIM RESULT = Outer(4)");        // 7
+        u"END FUNCTION\n"               // 3
+        u"FUNCTION Outer(n)\n"          // 4
+        u"  Outer = Inner(n) * 2\n"     // 5
+        u"END FUNCTION\n"               // 6
+        u"DIM RESULT = Outer(4)");      // 7
     EXPECT_EQ(lx::toText(script.runScript()), u"10");
     // Eval's line is line 1 of its own text, run at the depth of the body that called it.
     const std::vector<std::pair<int32_t, int32_t>> expected = {
