@@ -72,6 +72,11 @@ bool holdsPlaceholder(UStringView text) {
   return text.find(kPlaceholder) != UStringView::npos;
 }
 
+bool startsLikeRadix(UStringView text) {
+  const UStringView t = trimView(text);
+  return !t.empty() && (t[0] == u'H' || t[0] == u'h' || t[0] == u'O' || t[0] == u'o');
+}
+
 // The text as the evaluator would have it at this point: a bracket whose answer was a
 // variable's name stands there as that name. Used for error messages only.
 UString describe(UStringView text, Registers& regs) {
@@ -717,6 +722,12 @@ std::unique_ptr<Expression> Compiler::expression(UStringView text, bool comparit
       return nullptr;
     }
     const UString contents = line.substr(o + 1, c - o - 1);
+    // A bracket holding just a variable is replaced by that variable's name; after "&" a name
+    // starting with H or O then reads as a radix literal and glues the operands together.
+    if (name.empty() && o > 0 && line[o - 1] == u'&' && startsLikeRadix(contents)) {
+      reject("a variable in brackets after \"&\" reads as a radix literal");
+      return nullptr;
+    }
     const int32_t reg = registers++;
     auto step = name.empty() ? bracket(contents, reg) : call(name, contents, reg);
     if (!step) return nullptr;

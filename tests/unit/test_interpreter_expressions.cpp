@@ -33,6 +33,13 @@ TEST(Operands, RadixLiterals) {
   EXPECT_EQ(value(u"&HZZ"), u"0");
   EXPECT_EQ(value(u"&hff + 1"), u"256");  // "&" before H is a literal, not concatenation
   EXPECT_EQ(failure(u"RESULT = &H"), 3);  // too short for a literal, and no number
+  // A bracketed variable leaves its name in the text, so after "&" it starts a literal that
+  // swallows the operand before it; other brackets leave a temporary and concatenate.
+  const auto glued = run(u"DIM p = 3, Hex = 1, x = 2\nRESULT = p &(Hex)");
+  EXPECT_EQ(glued.code(), 3);
+  EXPECT_NE(glued.description().find("Variable \"p &Hex\" not found"), std::string::npos);
+  EXPECT_EQ(run(u"DIM p = 3, Hex = 1, x = 2\nRESULT = p &(x)").text(), u"32");
+  EXPECT_EQ(run(u"DIM p = 3, Hex = 1, x = 2\nRESULT = p &(Hex + 1)").text(), u"32");
 }
 
 TEST(Operands, NumbersScanOnlyTheirPrefix) {
