@@ -50,6 +50,7 @@ lx_room_sources(LX_BUILTINS_SOURCES builtins)
 lx_room_sources(LX_COMPILER_SOURCES compiler)
 lx_room_sources(LX_INTERPRETER_SOURCES interpreter)
 lx_room_sources(LX_DIALOGS_SOURCES dialogs)
+lx_room_sources(LX_DEBUG_SOURCES debug)
 set(LX_FLTK_SOURCES ${LX_DIALOGS_SOURCES})
 list(FILTER LX_DIALOGS_SOURCES EXCLUDE REGEX ".*/dialogs/fltk_[^/]*\\.cpp$")
 list(FILTER LX_FLTK_SOURCES INCLUDE REGEX ".*/dialogs/fltk_[^/]*\\.cpp$")
@@ -64,10 +65,13 @@ lx_room(lx_builtins ROOM builtins SOURCES ${LX_BUILTINS_SOURCES}
 # The compiled form reaches the interpreter only through the frame (execution/frame.h).
 lx_room(lx_compiler ROOM compiler SOURCES ${LX_COMPILER_SOURCES}
         USES foundation bridge syntax execution)
+# Breakpoints, stepping and pauses; what it asks of the script is its DebugTarget interface.
+lx_room(lx_debug ROOM debug SOURCES ${LX_DEBUG_SOURCES})
 lx_room(lx_interpreter ROOM interpreter SOURCES ${LX_INTERPRETER_SOURCES}
-        USES foundation bridge syntax execution builtins compiler)
+        USES foundation bridge syntax execution builtins compiler debug)
 
-set(LX_ROOMS lx_foundation lx_bridge lx_syntax lx_execution lx_dialogs lx_builtins lx_compiler lx_interpreter)
+set(LX_ROOMS lx_foundation lx_bridge lx_syntax lx_execution lx_dialogs lx_builtins lx_compiler lx_debug
+             lx_interpreter)
 set(LX_OBJECTS)
 foreach(room IN LISTS LX_ROOMS)
   list(APPEND LX_OBJECTS $<TARGET_OBJECTS:${room}>)

@@ -4,14 +4,13 @@
 
 #include <cctype>
 #include <cstdio>
-#include <cstdlib>
 #include <exception>
-#include <iostream>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "interrupt.h"
+#include "line_input.h"
 #include "lxbasic/check.h"
 #include "lxbasic/error.h"
 #include "lxbasic/exceptions.h"
@@ -19,9 +18,6 @@
 #include "lxbasic/text.h"
 #include "lxbasic/version.h"
 #include "session.h"
-#ifdef LX_RUNNER_LIBEDIT
-#include <editline/readline.h>
-#endif
 
 namespace runner {
 
@@ -36,26 +32,6 @@ constexpr std::string_view kKeywords[] = {
     "FOR",   "NEXT",  "TO",   "STEP",     "ON",   "ERROR",    "RESUME", "GOTO",  "CONST",
     "WHILE", "WEND",  "SUB",  "FUNCTION", "EXIT", "CONTINUE", "NOT",    "REDIM", "PRESERVE",
     "DO",    "UNTIL", "LOOP", "SELECT",   "CASE", "IS",       "ENDIF"};
-
-std::optional<std::string> readLine(const char* prompt, bool terminal) {
-#ifdef LX_RUNNER_LIBEDIT
-  if (terminal) {
-    char* raw = readline(prompt);
-    if (raw == nullptr) return std::nullopt;
-    std::string line(raw);
-    std::free(raw);
-    if (!line.empty()) add_history(line.c_str());
-    return line;
-  }
-#endif
-  if (terminal) {
-    std::fputs(prompt, stdout);
-    std::fflush(stdout);
-  }
-  std::string line;
-  if (!std::getline(std::cin, line)) return std::nullopt;
-  return line;
-}
 
 bool isNameStart(char c) {
   return std::isalpha(static_cast<unsigned char>(c)) || c == '_';

@@ -1,5 +1,6 @@
 // lxbasic: runs one script file from the command line and reports how the run ended, checks
-// a script's shape without running it (--check), or runs statements as they are typed (-i).
+// a script's shape without running it (--check), runs statements as they are typed (-i), or
+// runs a script under a debugger (--debug).
 //
 // Standard output carries only the script's RESULT, so `x=$(lxbasic job.bas)` captures the
 // result alone; diagnostics, console dialogs and the engine's log go to standard error.
@@ -10,6 +11,7 @@
 #include <span>
 #include <string>
 
+#include "debugger_console.h"
 #include "interactive.h"
 #include "interrupt.h"
 #include "lxbasic/check.h"
@@ -101,8 +103,11 @@ int dispatch(const Options& options) {
     text = decodeScript(readScriptFile(options.file), shownNameOf(options.file));
   }
   if (options.action == Action::Check) return checkFile(text, options.file);
-  watchInterrupts(options.action == Action::Interactive);
+  const bool ownsTerminal =
+      options.action == Action::Interactive || options.action == Action::Debug;
+  watchInterrupts(ownsTerminal);
   if (options.action == Action::Interactive) return runInteractive(options, text);
+  if (options.action == Action::Debug) return runDebugger(text, options);
   return runFile(text, options);
 }
 

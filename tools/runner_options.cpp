@@ -46,6 +46,12 @@ void printHelp() {
       "                     brackets or quotes that do not pair up, as FILE:LINE: message\n"
       "  -i, --interactive  read statements from the terminal and run each at once, after\n"
       "                     FILE if one is given (the default without FILE on a terminal)\n"
+      "  --debug            run FILE under a debugger that reads commands from the terminal\n"
+      "                     (type help there); it starts paused at the first line, pauses\n"
+      "                     before an error that no ON ERROR traps, and Ctrl-C pauses the\n"
+      "                     running script. Time spent paused does not count for --timeout\n"
+      "  --break LINE       (or --break=LINE) with --debug, pause before script line LINE\n"
+      "                     instead of at the first line; may be given more than once\n"
       "  -h, --help         show this help and exit\n"
       "  --version          print the engine name and version and exit\n"
       "\n"
@@ -97,6 +103,16 @@ int64_t parseMebibytes(std::string_view text) {
   return mib;
 }
 
+// A script line for --break: counted from 1.
+int32_t parseLine(std::string_view text) {
+  int32_t line = 0;
+  auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), line);
+  if (text.empty() || ec != std::errc() || end != text.data() + text.size() || line < 1) {
+    throw usageError("--break needs a line number from 1 on, not \"" + std::string(text) + "\"");
+  }
+  return line;
+}
+
 void setDialogMode(Options& options, DialogMode mode, std::string_view option) {
   if (options.dialogs != DialogMode::Automatic && options.dialogs != mode) {
     throw usageError("--gui and --console cannot be used together (" + std::string(option) +
@@ -107,7 +123,7 @@ void setDialogMode(Options& options, DialogMode mode, std::string_view option) {
 
 void setAction(Options& options, Action action, std::string_view option) {
   if (options.action != Action::Run && options.action != action) {
-    throw usageError(std::string(option) + " cannot be combined with --check or -i");
+    throw usageError(std::string(option) + " cannot be combined with --check, -i or --debug");
   }
   options.action = action;
 }
@@ -144,6 +160,15 @@ Options parseArguments(std::span<char* const> args, bool interactiveTerminal) {
       setAction(options, Action::Check, arg);
     } else if (arg == "-i" || arg == "--interactive") {
       setAction(options, Action::Interactive, arg);
+    } else if (arg == "--debug") {
+      setAction(options, Action::Debug, arg);
+    } else if (arg == "--break") {
+      if (i + 1 == args.size()) throw usageError("--break needs a line number");
+      options.breaks.push_back(parseLine(args[++i]));
+      setAction(options, Action::Debug, arg);
+    } else if (arg.starts_with("--break=")) {
+      options.breaks.push_back(parseLine(arg.substr(std::string_view("--break=").size())));
+      setAction(options, Action::Debug, arg);
     } else if (arg == "--timeout") {
       if (i + 1 == args.size()) throw usageError("--timeout needs a number of seconds");
       options.timeout = parseSeconds(args[++i]);
@@ -166,6 +191,9 @@ Options parseArguments(std::span<char* const> args, bool interactiveTerminal) {
     options.action = Action::Interactive;
   } else if (options.action != Action::Interactive) {
     throw usageError("no script file given");
+  }
+  if (options.action == Action::Debug && options.file == "-") {
+    throw usageError("--debug reads its commands from standard input: give a script file");
   }
   return options;
 }

@@ -22,7 +22,7 @@ inline constexpr const char* kProgram = "lxbasic";
 inline constexpr int64_t kDefaultMemoryLimitMiB = 1024;
 
 enum class DialogMode { Automatic, Graphical, Console };
-enum class Action { Run, Check, Interactive, Help, Version };
+enum class Action { Run, Check, Interactive, Debug, Help, Version };
 
 struct Options {
   Action action = Action::Run;
@@ -35,6 +35,7 @@ struct Options {
   DialogMode dialogs = DialogMode::Automatic;
   std::string file;                      // "-" is standard input; empty in interactive mode
   std::vector<std::string> scriptWords;  // the words after FILE, for the script's ARGS
+  std::vector<int32_t> breaks;           // --break lines, for the debugger
 };
 
 // Anything that keeps the script from starting. `usage` marks command-line mistakes, which

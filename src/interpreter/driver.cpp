@@ -6,6 +6,7 @@
 #include "compiler/line_code.h"
 #include "foundation/memory_budget.h"
 #include "foundation/scanning.h"
+#include "interpreter/debug_body_scope.h"
 #include "interpreter/loops.h"
 #include "interpreter/procedures.h"
 #include "interpreter/script_core.h"
@@ -116,6 +117,7 @@ void ScriptCore::mainLoop(PreparedLines& lines) {
   // No watchdog reads a procedure's frame.
   std::unique_lock lineLock(lineMutex_, std::defer_lock);
   if (isRoot()) lineLock.lock();
+  DebugBodyScope debugBody(*this);
   for (_curline = 0; _curline >= 0 && static_cast<size_t>(_curline) < lines.size(); ++_curline) {
     const auto index = static_cast<size_t>(_curline);
     // A reference: a handler that runs a nested evaluation swaps the prepared lines out and
@@ -123,7 +125,7 @@ void ScriptCore::mainLoop(PreparedLines& lines) {
     PreparedLine& line = lines[index];
     currentScriptLine_.store(line.scriptLine, std::memory_order_relaxed);
     if (line.kind == kEmpty || line.kind == kRem) continue;
-    if (shared_->lineHook() && !callLineHook()) break;
+    if (shared_->watchesLines() && !watchLine(line)) break;
     currentCode_ = compiled ? codeFor(line) : nullptr;
     ++(currentCode_ ? compiledLines : referenceLines);
     try {
@@ -138,7 +140,10 @@ void ScriptCore::mainLoop(PreparedLines& lines) {
     if (!_tmps.empty()) clearTmpVars();
     if (hasError()) {
       const PreparedLine& done = lines[index];
-      if (!applyErrorPolicy(done.text, done.scriptLine)) break;
+      if (!applyErrorPolicy(done.text, done.scriptLine)) {
+        if (shared_->debugger()) reportUntrappedError();
+        break;
+      }
     }
     // A stop request ends the run even under ON ERROR RESUME NEXT: a host must always be
     // able to stop a script.
@@ -304,6 +309,7 @@ void ScriptCore::beginRun() {
   std::lock_guard lock(errorMutex_);
   if (isRoot()) {
     shared_->clearSwallowed();
+    startDebugging();
     if (cancelPending_) {
       // A cancel that came before this run began, or while it was being started: honoured
       // before the first line.
@@ -451,7 +457,7 @@ Variant ScriptCore::run(const Variant& argument) {
   } else {
     // The limit has the granularity of the original polling: at least one 10 ms tick.
     auto span = std::chrono::milliseconds(std::max<int64_t>(10, limit));
-    if (!completion->cv.wait_for(lock, span, finished)) {
+    if (!waitWithinLimit(shared(), completion->cv, lock, span, finished)) {
       requestStop(LxError::make(kTimeout));
       // Most lines end at once when asked to stop; a host method that does not is left
       // running on its own thread, which owns what it uses.

@@ -79,6 +79,7 @@ void ScriptCore::endRun() {
     // change under the lock a cancel takes, so it sees the run either active or ended.
     std::lock_guard lock(errorMutex_);
     cancelPending_ = false;
+    if (isRoot()) endDebugging();
     std::lock_guard finished(finishedMutex_);
     _running.store(0);
   }
@@ -134,7 +135,9 @@ std::thread startWatch(WatchState& state, ScriptCore& script, std::chrono::milli
                        void (*timeOut)(ScriptCore&)) {
   return std::thread([&state, &script, span, timeOut] {
     std::unique_lock lock(state.mutex);
-    if (!state.cv.wait_for(lock, span, [&state] { return state.done; })) timeOut(script);
+    if (!waitWithinLimit(script.shared(), state.cv, lock, span, [&state] { return state.done; })) {
+      timeOut(script);
+    }
   });
 }
 

@@ -29,6 +29,7 @@
 #include "interpreter/prepared_line.h"
 #include "interpreter/shared_state.h"
 #include "lxbasic/bridge.h"
+#include "lxbasic/debug.h"
 #include "lxbasic/error.h"
 #include "lxbasic/script.h"
 #include "lxbasic/string_list.h"
@@ -43,6 +44,7 @@ class Expression;
 class LineCode;
 }  // namespace compiled
 
+class DebugSession;
 class LxBasicFunc;
 class LxBasicSub;
 class LxBasicSubs;
@@ -102,6 +104,19 @@ class ScriptCore final : public Frame,
   // The 0-based line of the host's script text that the current line came from, also inside
   // procedure bodies.
   int32_t sourceLine() const;
+
+  // ---- a debugger (debugging.cpp)
+  // Attaches `session` to this host's script; not while running, one at a time.
+  void attachDebugger(std::shared_ptr<DebugSession> session);
+  // Detaches it now, or when the active run ends.
+  void detachDebugger(const DebugSession& session);
+  // Whether an error in this body is trapped by its own ON ERROR.
+  bool trapsErrors() const noexcept { return _ignore_error != 0; }
+  // For a procedure call's frame: the procedure's name; empty elsewhere.
+  UString procedureName() const;
+  // The value of an expression in this body, its error record and temporaries left as they
+  // were; for a debugger's questions.
+  DebugValue evaluateForDebugger(UStringView expression);
   bool checkSyntax() const noexcept { return true; }
   LxBasicStringList& getScript() noexcept { return _script; }
   using Frame::getObjs;
@@ -334,6 +349,13 @@ class ScriptCore final : public Frame,
   void execute(const LxBasicStringList& source);
 
   void beginRun();
+  // The debugger's view of runs and lines (debugging.cpp).
+  void startDebugging();
+  void endDebugging();
+  // Reports the line to the line hook and the debugger; false when the run must stop.
+  bool watchLine(const PreparedLine& line);
+  void reportUntrappedError();
+  class DebugBodyScope;
   Variant runBody(const Variant& argument);
   Variant resultBetweenLines() const;
   void mainLoop(PreparedLines& lines);

@@ -3,7 +3,32 @@
 #include <algorithm>
 #include <chrono>
 
+#include "debug/debug_session.h"
+#include "interpreter/debug_bodies.h"
+
 namespace lx {
+
+SharedState::SharedState(ScriptCore& root)
+    : root_(root), budget_(std::make_shared<MemoryBudget>()) {}
+
+SharedState::~SharedState() = default;
+
+void SharedState::setLineHook(LineHook hook) {
+  lineHook_ = std::move(hook);
+  watchesLines_ = lineHook_ || debugger_;
+}
+
+void SharedState::setDebugger(std::shared_ptr<DebugSession> session) {
+  if (debugger_) debugger_->setTarget(nullptr);
+  debugger_ = std::move(session);
+  debugBodies_ = debugger_ ? std::make_unique<DebugBodies>(*this) : nullptr;
+  if (debugger_) debugger_->setTarget(debugBodies_.get());
+  watchesLines_ = lineHook_ || debugger_;
+}
+
+std::chrono::nanoseconds SharedState::uncountedTime() const {
+  return debugger_ ? debugger_->uncountedTime() : std::chrono::nanoseconds(0);
+}
 
 void SharedState::raiseStop() {
   stop_.store(true);

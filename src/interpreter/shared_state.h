@@ -5,6 +5,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <exception>
@@ -21,6 +22,8 @@
 
 namespace lx {
 
+class DebugBodies;
+class DebugSession;
 class DialogProvider;
 class LxBasicSubs;
 class ScriptCore;
@@ -30,7 +33,8 @@ class SharedState {
   using LineHook = std::function<bool(int32_t line, int32_t depth)>;
   using ExecutionStats = LxBasicScript::ExecutionStats;
 
-  explicit SharedState(ScriptCore& root) : root_(root), budget_(std::make_shared<MemoryBudget>()) {}
+  explicit SharedState(ScriptCore& root);
+  ~SharedState();
   SharedState(const SharedState&) = delete;
   SharedState& operator=(const SharedState&) = delete;
 
@@ -77,7 +81,15 @@ class SharedState {
   void setReferenceEvaluator(bool on) noexcept { referenceEvaluator_.store(on); }
   // nullptr when there is none.
   const LineHook* lineHook() const noexcept { return lineHook_ ? &lineHook_ : nullptr; }
-  void setLineHook(LineHook hook) { lineHook_ = std::move(hook); }
+  void setLineHook(LineHook hook);
+  // A debugger the host attached, and the bodies it sees (nullptr for both when none).
+  DebugSession* debugger() const noexcept { return debugger_.get(); }
+  DebugBodies* debugBodies() const noexcept { return debugBodies_.get(); }
+  void setDebugger(std::shared_ptr<DebugSession> session);
+  // Whether each line is reported to the line hook or a debugger: one test per line.
+  bool watchesLines() const noexcept { return watchesLines_; }
+  // Time a paused run spent that the time limit does not count.
+  std::chrono::nanoseconds uncountedTime() const;
   // nullptr: the default windows.
   const std::shared_ptr<DialogProvider>& dialogs() const noexcept { return dialogs_; }
   void setDialogs(std::shared_ptr<DialogProvider> p) noexcept { dialogs_ = std::move(p); }
@@ -110,6 +122,9 @@ class SharedState {
   int32_t evalNesting_ = 0;
   std::atomic<bool> referenceEvaluator_{false};
   LineHook lineHook_;
+  std::shared_ptr<DebugSession> debugger_;
+  std::unique_ptr<DebugBodies> debugBodies_;
+  bool watchesLines_ = false;
   std::shared_ptr<DialogProvider> dialogs_;
   mutable std::mutex statsMutex_;
   ExecutionStats stats_;  // the fallbacks; the counts are kept apart, counted without a lock
@@ -119,5 +134,19 @@ class SharedState {
   std::exception_ptr swallowed_;
   std::atomic<bool> hasSwallowed_{false};
 };
+
+// Waits on `cv` until `done` holds (answers true) or a run of the tree has spent `limit`
+// (answers false); time that a debugger keeps uncounted moves the end.
+template <class Done>
+bool waitWithinLimit(const SharedState& shared, std::condition_variable& cv,
+                     std::unique_lock<std::mutex>& lock, std::chrono::nanoseconds limit,
+                     Done done) {
+  const auto start = std::chrono::steady_clock::now();
+  for (;;) {
+    const auto end = start + limit + shared.uncountedTime();
+    if (cv.wait_until(lock, end, done)) return true;
+    if (std::chrono::steady_clock::now() >= start + limit + shared.uncountedTime()) return false;
+  }
+}
 
 }  // namespace lx

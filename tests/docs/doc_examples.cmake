@@ -3,8 +3,9 @@
 include(${CMAKE_CURRENT_LIST_DIR}/extract_block.cmake)
 set(LX_SCRIPT_HEADER ${CMAKE_SOURCE_DIR}/include/lxbasic/script.h)
 set(LX_GUIDE ${CMAKE_SOURCE_DIR}/docs/embedding.md)
+set(LX_DEBUG_GUIDE ${CMAKE_SOURCE_DIR}/docs/debugging.md)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${LX_SCRIPT_HEADER}
-                                                               ${LX_GUIDE})
+                                                               ${LX_GUIDE} ${LX_DEBUG_GUIDE})
 set(LX_DOCS_OUT ${CMAKE_CURRENT_BINARY_DIR}/doc_examples)
 
 # The README's C++ blocks are whole programs, built by the README block test.
@@ -40,9 +41,16 @@ int main() {
 lx_code_block(${LX_GUIDE} "<!-- first-host -->" guide)
 file(WRITE ${LX_DOCS_OUT}/guide_first_host.cpp "${guide}")
 
+# So is the debugging guide's debugger loop; what it prints is the guide's next block.
+lx_code_block(${LX_DEBUG_GUIDE} "<!-- debugger-host -->" debugger)
+file(WRITE ${LX_DOCS_OUT}/debugger_host.cpp "${debugger}")
+file(READ ${LX_DEBUG_GUIDE} debugGuide)
+string(REGEX MATCH "It prints:\n\n```\n([^`]*)```" printed "${debugGuide}")
+
 set(LX_EXPECT_header_sample "Hello, world\n")
+set(LX_EXPECT_debugger_host "${CMAKE_MATCH_1}")
 set(LX_EXPECT_guide_first_host "target 20.5C, up 5000000000 ms\nwarmer: 22.5\n")
-foreach(name header_sample guide_first_host)
+foreach(name header_sample guide_first_host debugger_host)
   add_executable(doc_${name} ${LX_DOCS_OUT}/${name}.cpp)
   target_link_libraries(doc_${name} PRIVATE lxbasic)
   file(WRITE ${LX_DOCS_OUT}/${name}.expected "${LX_EXPECT_${name}}")

@@ -2,86 +2,23 @@
 // would: what each typed line shows, blocks held until closed, errors and Ctrl-C that leave
 // the session going, line editing, and Ctrl-D that ends it.
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <pty.h>
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <string>
 #include <thread>
 
-#include "support/runner_path.h"
+#include "support/terminal.h"
 
 namespace {
 
-class Terminal {
- public:
-  Terminal() {
-    std::string runner = runnerPath().string();
-    pid_ = forkpty(&fd_, nullptr, nullptr, nullptr);
-    if (pid_ == 0) {
-      ::setenv("TERM", "dumb", 1);
-      ::execl(runner.c_str(), runner.c_str(), "--console", "--plain-log", nullptr);
-      ::_exit(127);
-    }
-  }
-  ~Terminal() {
-    if (pid_ > 0 && !exited_) {
-      ::kill(pid_, SIGKILL);
-      ::waitpid(pid_, nullptr, 0);
-    }
-    if (fd_ >= 0) ::close(fd_);
-  }
-  bool started() const { return pid_ > 0; }
-
-  // Everything the terminal shows until `marker` appears (or 10 s pass).
-  std::string readUntil(const std::string& marker) {
-    std::string seen;
-    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (seen.find(marker) == std::string::npos && std::chrono::steady_clock::now() < deadline) {
-      pollfd p{fd_, POLLIN, 0};
-      if (::poll(&p, 1, 100) <= 0) continue;
-      char buffer[4096];
-      ssize_t n = ::read(fd_, buffer, sizeof buffer);
-      if (n <= 0) break;
-      seen.append(buffer, static_cast<size_t>(n));
-    }
-    return seen;
-  }
-
-  // Types `keys` and answers what appears up to the next prompt `prompt`.
-  std::string type(const std::string& keys, const std::string& prompt = "lx> ") {
-    ssize_t written = ::write(fd_, keys.data(), keys.size());
-    EXPECT_EQ(written, static_cast<ssize_t>(keys.size()));
-    return readUntil(prompt);
-  }
-
-  int waitForExit() {
-    for (int i = 0; i < 200; ++i) {
-      int status = 0;
-      if (::waitpid(pid_, &status, WNOHANG) == pid_) {
-        exited_ = true;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-      }
-      ::usleep(50000);
-    }
-    return -2;
-  }
-
- private:
-  int fd_ = -1;
-  pid_t pid_ = -1;
-  bool exited_ = false;
-};
+using lxtest::Terminal;
 
 bool contains(const std::string& hay, const std::string& needle) {
   return hay.find(needle) != std::string::npos;
 }
 
 TEST(RunnerInteractive, ASessionAtATerminal) {
-  Terminal t;
+  Terminal t({"--console", "--plain-log"});
   ASSERT_TRUE(t.started());
   ASSERT_TRUE(contains(t.readUntil("lx> "), "interactive")) << "no banner";
 
