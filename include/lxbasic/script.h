@@ -10,7 +10,7 @@
 // Beyond the classic host interface (script text, time limit, run, runScript, terminate,
 // error, running, line, reset, checkSyntax, variables and host objects) the object offers
 // outcome() and its conveniences succeeded()/failed(), cancel(), restart(), call() and a line
-// hook.
+// hook; lxbasic/debug.h attaches a debugger.
 //
 // While a script runs, its lines own its text, variables, host objects and procedures: the
 // entries marked "not while running" below throw InvalidArgumentException when called then
