@@ -344,12 +344,10 @@ class DebugConsole {
       return;
     }
     const lx::DebugValue v = debugger_.evaluate(lx::fromUtf8(expression), frame_);
-    if (v.ok) {
-      std::printf("%s\n", utf8(v.text).c_str());
-    } else if (v.errorCode != 0) {
+    if (!v.ok && v.errorCode != 0) {
       std::printf("Error #%d: %s\n", v.errorCode, utf8(v.text).c_str());
     } else {
-      std::printf("%s\n", utf8(v.text).c_str());
+      std::printf("%s\n", utf8(v.text).c_str());  // the value, or why there is none
     }
   }
 

@@ -61,7 +61,7 @@ int32_t DebugSession::breakpointAt(int32_t line, UString* conditionError) {
   }
   if (index < 0 || condition.empty() || !target_) return index;
   // The condition runs in the frame about to run the line, as an IF there would.
-  const DebugValue v = target_->evaluate(condition, 0);
+  const DebugValue v = answer<DebugValue>([&] { return target_->evaluate(condition, 0); });
   if (!v.ok) {
     *conditionError = v.text;
     return index;
@@ -122,7 +122,7 @@ bool DebugSession::stepEnds(size_t depth) const {
 }
 
 bool DebugSession::atLine(int32_t line, size_t depth, bool scriptLine) {
-  if (!attached_.load(std::memory_order_relaxed)) return true;
+  if (!attached_.load(std::memory_order_relaxed) || answering_) return true;
   errorPaused_ = false;  // a line runs: an earlier error was trapped after all
   PauseEvent event;
   event.line = line;
@@ -142,21 +142,21 @@ bool DebugSession::atLine(int32_t line, size_t depth, bool scriptLine) {
   } else {
     return true;
   }
-  return pauseHere(std::move(event), depth);
+  return pauseHere(event, depth);
 }
 
 void DebugSession::atUntrappedError(int32_t line, size_t depth,
                                     std::shared_ptr<const LxError> error) {
-  if (!attached_.load() || !breakOnError_.load() || errorPaused_) return;
+  if (!attached_.load() || !breakOnError_.load() || errorPaused_ || answering_) return;
   errorPaused_ = true;
   PauseEvent event;
   event.reason = PauseReason::Error;
   event.line = line;
   event.error = std::move(error);
-  pauseHere(std::move(event), depth);
+  pauseHere(event, depth);
 }
 
-bool DebugSession::pauseHere(PauseEvent event, size_t depth) {
+bool DebugSession::pauseHere(const PauseEvent& event, size_t depth) {
   std::function<void(const PauseEvent&)> handler;
   {
     std::lock_guard lock(mutex_);
@@ -184,14 +184,7 @@ bool DebugSession::pauseHere(PauseEvent event, size_t depth) {
   }
   lock.lock();
   while (paused_) {
-    if (!tasks_.empty()) {
-      auto task = std::move(tasks_.front());
-      tasks_.pop_front();
-      lock.unlock();
-      task();
-      lock.lock();
-      continue;
-    }
+    if (runQueuedQuestion(lock)) continue;
     if (stopped() || !attached_.load()) {
       leavePause();
       break;
@@ -202,14 +195,19 @@ bool DebugSession::pauseHere(PauseEvent event, size_t depth) {
   return !stopped();
 }
 
+bool DebugSession::runQueuedQuestion(std::unique_lock<std::mutex>& lock) {
+  if (tasks_.empty()) return false;
+  auto task = std::move(tasks_.front());
+  tasks_.pop_front();
+  lock.unlock();
+  task();
+  lock.lock();
+  return true;
+}
+
 void DebugSession::finishPause(std::unique_lock<std::mutex>& lock) {
   // Questions that came in as the pause ended are still answered from where it stood.
-  while (!tasks_.empty()) {
-    auto task = std::move(tasks_.front());
-    tasks_.pop_front();
-    lock.unlock();
-    task();
-    lock.lock();
+  while (runQueuedQuestion(lock)) {
   }
   scriptThread_ = {};
 }
@@ -251,15 +249,27 @@ void DebugSession::detach() {
   resume(StepMode::Continue);
 }
 
+template <class R, class Job>
+R DebugSession::answer(Job job) {
+  struct Answering {
+    bool& flag;
+    bool was;
+    ~Answering() { flag = was; }
+  } answering{answering_, answering_};
+  answering_ = true;
+  return job();
+}
+
 template <class R>
 R DebugSession::ask(std::function<R()> job, R none) {
   std::unique_lock lock(mutex_);
   if (!paused_ || !target_) return none;
   if (std::this_thread::get_id() == scriptThread_) {
     lock.unlock();
-    return job();
+    return answer<R>(job);
   }
-  auto task = std::make_shared<std::packaged_task<R()>>(std::move(job));
+  auto task = std::make_shared<std::packaged_task<R()>>(
+      [this, job = std::move(job)] { return answer<R>(job); });
   std::future<R> answer = task->get_future();
   tasks_.emplace_back([task] { (*task)(); });
   lock.unlock();

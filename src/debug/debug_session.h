@@ -64,7 +64,9 @@ class DebugSession {
  private:
   using Clock = std::chrono::steady_clock;
   // Waits until resumed (or stopped), carrying out the host's questions meanwhile.
-  bool pauseHere(PauseEvent event, size_t depth);
+  bool pauseHere(const PauseEvent& event, size_t depth);
+  // Runs the oldest question another thread queued, if any; called with the lock held.
+  bool runQueuedQuestion(std::unique_lock<std::mutex>& lock);
   // Answers the questions still queued; called with the lock held.
   void finishPause(std::unique_lock<std::mutex>& lock);
   // Ends the pause and books its time; called with the lock held.
@@ -72,6 +74,9 @@ class DebugSession {
   bool stepEnds(size_t depth) const;
   // The breakpoint that pauses this line: its index in breakpoints_, or -1.
   int32_t breakpointAt(int32_t line, UString* conditionError);
+  // Runs `job` on the script's thread with pauses held off (see answering_).
+  template <class R, class Job>
+  R answer(Job job);
   // Runs `job` on the script's thread while it is paused; `none` when it is not.
   template <class R>
   R ask(std::function<R()> job, R none);
@@ -91,6 +96,9 @@ class DebugSession {
   StepMode mode_ = StepMode::Continue;
   size_t stepDepth_ = 0;
   bool errorPaused_ = false;  // paused for an error already: no pause for its propagation
+  // The script's thread is answering a question (or a breakpoint's condition): the lines
+  // and errors of what that evaluation calls do not pause, or nobody could resume them.
+  bool answering_ = false;
 
   bool paused_ = false;
   bool ended_ = false;

@@ -69,6 +69,10 @@ UString ScriptCore::procedureName() const {
 
 DebugValue ScriptCore::evaluateForDebugger(UStringView expression) {
   DebugValue out;
+  if (expression.size() > kMaxLineLength) {
+    out.text = u"the expression is longer than a script line may be";
+    return out;
+  }
   const ErrorRef saved = error();
   const size_t temporaries = _tmps.size();
   setError(nullptr);

@@ -130,6 +130,10 @@ TEST_P(DebuggerTest, BreakpointsInTheMainScriptAndInARecursiveProcedure) {
   EXPECT_EQ(d.valueIn(0, u"N"), u"0");
   EXPECT_EQ(d.valueIn(1, u"N"), u"2");
   EXPECT_EQ(d.valueIn(2, u"TOTAL"), u"1");
+  // A question that calls the procedure passes its breakpoint without pausing in it.
+  EXPECT_EQ(d.debugger().evaluate(u"Fib(6) + n").text, u"8");
+  EXPECT_EQ(d.debugger().evaluate(u"n", 1).text, u"2");
+  EXPECT_FALSE(d.debugger().evaluate(std::u16string(40000, u'1')).ok);
 
   d.debugger().clearBreakpoints();
   d.debugger().resume();
