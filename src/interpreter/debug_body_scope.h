@@ -9,17 +9,23 @@ namespace lx {
 
 class ScriptCore::DebugBodyScope {
  public:
-  explicit DebugBodyScope(ScriptCore& script) : bodies_(script.shared_->debugBodies()) {
-    if (bodies_) bodies_->push(script, script.evaluating_);
-  }
+  DebugBodyScope() = default;
   ~DebugBodyScope() {
     if (bodies_) bodies_->pop();
   }
   DebugBodyScope(const DebugBodyScope&) = delete;
   DebugBodyScope& operator=(const DebugBodyScope&) = delete;
 
+  // Entered at the body's first watched line, so that a run without a debugger pays nothing
+  // on entering and leaving a body but this object's test.
+  void enter(ScriptCore& script) {
+    if (bodies_) return;
+    bodies_ = script.shared_->debugBodies();
+    if (bodies_) bodies_->push(script, script.evaluating_);
+  }
+
  private:
-  DebugBodies* bodies_;
+  DebugBodies* bodies_ = nullptr;
 };
 
 }  // namespace lx

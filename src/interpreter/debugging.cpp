@@ -5,6 +5,7 @@
 #include "debug/debug_session.h"
 #include "foundation/scanning.h"
 #include "interpreter/debug_bodies.h"
+#include "interpreter/debug_body_scope.h"
 #include "interpreter/script_core.h"
 #include "interpreter/script_handle.h"
 #include "lxbasic/exceptions.h"
@@ -39,10 +40,11 @@ void ScriptCore::endDebugging() {
   if (DebugSession* session = shared_->debugger()) session->runEnded();
 }
 
-bool ScriptCore::watchLine(const PreparedLine& line) {
+bool ScriptCore::watchLine(const PreparedLine& line, DebugBodyScope& body) {
   if (shared_->lineHook() && !callLineHook()) return false;
   DebugSession* session = shared_->debugger();
   if (!session) return true;
+  body.enter(*this);
   // Lines the gates pass over (a branch not taken, a loop being left, the body of a
   // definition being collected) are not run: a debugger does not stop on them.
   if (_newsub || !ifValue() || !validLoop()) return true;

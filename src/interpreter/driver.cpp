@@ -117,7 +117,7 @@ void ScriptCore::mainLoop(PreparedLines& lines) {
   // No watchdog reads a procedure's frame.
   std::unique_lock lineLock(lineMutex_, std::defer_lock);
   if (isRoot()) lineLock.lock();
-  DebugBodyScope debugBody(*this);
+  DebugBodyScope debugBody;
   for (_curline = 0; _curline >= 0 && static_cast<size_t>(_curline) < lines.size(); ++_curline) {
     const auto index = static_cast<size_t>(_curline);
     // A reference: a handler that runs a nested evaluation swaps the prepared lines out and
@@ -125,7 +125,7 @@ void ScriptCore::mainLoop(PreparedLines& lines) {
     PreparedLine& line = lines[index];
     currentScriptLine_.store(line.scriptLine, std::memory_order_relaxed);
     if (line.kind == kEmpty || line.kind == kRem) continue;
-    if (shared_->watchesLines() && !watchLine(line)) break;
+    if (shared_->watchesLines() && !watchLine(line, debugBody)) break;
     currentCode_ = compiled ? codeFor(line) : nullptr;
     ++(currentCode_ ? compiledLines : referenceLines);
     try {

@@ -352,10 +352,10 @@ class ScriptCore final : public Frame,
   // The debugger's view of runs and lines (debugging.cpp).
   void startDebugging();
   void endDebugging();
-  // Reports the line to the line hook and the debugger; false when the run must stop.
-  bool watchLine(const PreparedLine& line);
-  void reportUntrappedError();
   class DebugBodyScope;
+  // Reports the line to the line hook and the debugger; false when the run must stop.
+  bool watchLine(const PreparedLine& line, DebugBodyScope& body);
+  void reportUntrappedError();
   Variant runBody(const Variant& argument);
   Variant resultBetweenLines() const;
   void mainLoop(PreparedLines& lines);
