@@ -16,6 +16,7 @@ void printHelp() {
       "Usage: %s [OPTIONS] FILE [WORD...]\n"
       "       %s [OPTIONS] [-i [FILE [WORD...]]]\n"
       "       %s --check FILE\n"
+      "       %s --debug [--break LINE] FILE [WORD...]\n"
       "\n"
       "Runs the LxBasic script FILE (UTF-8, with or without a byte order mark; \"-\" reads\n"
       "the script from standard input) on a background thread and reports how it ended.\n"
@@ -73,7 +74,7 @@ void printHelp() {
       "  3    an exception ended the script (for example the ECHO statement or a host\n"
       "       method that threw); its name and reason are written to standard error\n"
       "  130  Ctrl-C (SIGINT) stopped the script after its current line\n",
-      kProgram, kProgram, kProgram);
+      kProgram, kProgram, kProgram, kProgram);
 }
 
 namespace {

@@ -254,6 +254,29 @@ TEST_F(RunnerTest, NoArgumentsIsAUsageError) {
   EXPECT_NE(o.err.find("--help"), std::string::npos) << o.err;
 }
 
+TEST_F(RunnerTest, DebugOptionsAreChecked) {
+  fs::path script = writeFile("ok.bas", "DIM RESULT = 1\n");
+  struct Case {
+    std::initializer_list<std::string> args;
+    const char* says;
+  };
+  const Case cases[] = {
+      {{"--debug", "-"}, "give a script file"},  // its commands come from standard input
+      {{"--break", "0", script.string()}, "--break needs a line number from 1 on"},
+      {{"--break"}, "--break needs a line number"},
+      {{"--check", "--debug", script.string()}, "cannot be combined"},
+  };
+  for (const Case& c : cases) {
+    Outcome o = run(c.args);
+    EXPECT_EQ(o.status, 2) << o.err;
+    EXPECT_NE(o.err.find(c.says), std::string::npos) << o.err;
+  }
+  // Commands from a pipe: the run goes on to its end and reports as a plain run.
+  Outcome o = run({"--debug", script.string()}, "c\n");
+  EXPECT_EQ(o.status, 0) << o.err;
+  EXPECT_NE(o.out.find("RESULT = 1"), std::string::npos) << o.out;
+}
+
 TEST_F(RunnerTest, GuiWithoutADisplayIsRefused) {
   fs::path script = writeFile("ok.bas", "DIM RESULT = 1\n");
   std::string command = "env -u DISPLAY -u WAYLAND_DISPLAY " + quoted(runnerPath().string()) +
