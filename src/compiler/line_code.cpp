@@ -75,6 +75,10 @@ std::unique_ptr<LineCode> LineCode::compile(LineKind kind, const UString& text) 
     case kDo:
     case kLoop:
       line->rest = afterFirstWord(text);
+      if (auto parts = splitLoopCondition(line->rest)) {
+        line->loopConditionText = std::move(parts->condition);
+        line->loopCondition = line->require(line->loopConditionText, TextMode::Condition);
+      }
       break;
     default:
       // Declarations, ON ERROR and the block keywords run as they are: they are read once

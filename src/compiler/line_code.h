@@ -22,8 +22,9 @@ class LineCode {
 
   // The compiled form of a text the handler evaluates, compiled when first asked for;
   // nullptr when that text must go to the reference evaluator. Only texts a handler makes
-  // while it runs (DO's and LOOP's conditions) are found this way; the line's own parts are
-  // compiled with it and handed out below.
+  // while it runs (the constant condition that EXIT DO or EXIT WHILE leaves in a loop
+  // record) are found this way; the line's own parts are compiled with it and handed out
+  // below.
   const Expression* piece(const UString& text, TextMode mode);
   // The line itself as a statement (assignments, calls, EXIT and CONTINUE).
   const Expression* statement() const noexcept { return pieces_.front().code.get(); }
@@ -40,6 +41,10 @@ class LineCode {
   const Expression* forLimit = nullptr;
   const Expression* forStep = nullptr;
   std::shared_ptr<const Expression> whileCondition;
+  // A DO's or LOOP's WHILE or UNTIL condition, bracketed as the loop record keeps it, and
+  // its compiled form, which the record shares so that LOOP evaluates DO's condition.
+  UString loopConditionText;
+  std::shared_ptr<const Expression> loopCondition;
   bool trailing = false;  // NEXT, WEND, ELSE, END IF followed by more text
   UString rest;           // WHILE's bracketed condition; DO's and LOOP's words after the keyword
 

@@ -60,13 +60,14 @@ Record* innermost(const ScriptCore& script, LoopKind kind) {
 }
 
 // "WHILE cond" or "UNTIL cond" after DO or LOOP; false (the record untouched) when malformed.
-bool readDoCondition(UString text, LxBasicDoLoop& loop) {
-  const UString word = upperCase(getTokenFrom(text, u" "));
-  if (word != u"WHILE" && word != u"UNTIL") return false;
-  const UString condition = trim(text);
-  if (condition.empty()) return false;
-  loop.setIsUntil(word == u"UNTIL");
-  loop.setExpression(bracketed(condition));
+// The condition of a DO or LOOP line, read from its words; the compiled form that the line's
+// code made of it, if any, goes with it, so that no pass looks it up by its text again.
+bool readDoCondition(const UString& text, const compiled::LineCode* code, LxBasicDoLoop& loop) {
+  auto parts = splitLoopCondition(text);
+  if (!parts) return false;
+  loop.setIsUntil(parts->until);
+  loop.setExpression(std::move(parts->condition));
+  if (code) loop.setCode(code->loopCondition);
   return true;
 }
 
@@ -234,10 +235,10 @@ void ScriptCore::runDo(const UString& rest) {
     _loops.push_back(std::move(loop));
     return;
   }
-  if (!readDoCondition(rest, *loop)) return fail(*this, kSyntaxError);
+  if (!readDoCondition(rest, currentCode_, *loop)) return fail(*this, kSyntaxError);
   loop->setFirstForm(true);
   bool truth = false;
-  if (!loopCondition(*this, loop->expression(), nullptr, truth)) return;
+  if (!loopCondition(*this, loop->expression(), loop->code(), truth)) return;
   loop->setValid(truth != loop->isUntil());
   _loops.push_back(std::move(loop));
 }
@@ -252,13 +253,13 @@ void ScriptCore::runLoop(const UString& rest) {
   if (!rest.empty()) {
     if (loop->firstForm()) return fail(*this, kSyntaxError);
     // Once known (or forced by EXIT DO) the condition is not read from the line again.
-    if (loop->expression().empty() && !readDoCondition(rest, *loop)) {
+    if (loop->expression().empty() && !readDoCondition(rest, currentCode_, *loop)) {
       return fail(*this, kSyntaxError);
     }
   }
   if (!loop->expression().empty()) {
     bool truth = false;
-    if (!loopCondition(*this, loop->expression(), nullptr, truth)) return;
+    if (!loopCondition(*this, loop->expression(), loop->code(), truth)) return;
     loop->setValid(truth != loop->isUntil());
   }
   if (loop->valid()) {

@@ -92,6 +92,14 @@ UString bracketed(UStringView text) {
   return wrapped;
 }
 
+std::optional<LoopCondition> splitLoopCondition(UString rest) {
+  const UString word = upperCase(getTokenFrom(rest, u" "));
+  if (word != u"WHILE" && word != u"UNTIL") return std::nullopt;
+  const UString condition = trim(rest);
+  if (condition.empty()) return std::nullopt;
+  return LoopCondition{word == u"UNTIL", bracketed(condition)};
+}
+
 ForParts splitFor(const UString& line) {
   ForParts parts;
   const auto [rest, toAt, stepAt, length] = findKeywords(line, u"TO", u"STEP");

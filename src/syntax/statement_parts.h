@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "lxbasic/variant.h"
 
@@ -64,6 +65,14 @@ UString afterEndIf(const UString& line);
 UString slice(UStringView s, int32_t start, int32_t count);
 // "(" + text + ")": how a condition's text is read.
 UString bracketed(UStringView text);
+
+// The words after DO or LOOP: WHILE or UNTIL (any case) and a condition, which comes back
+// in brackets, as the loop record keeps it. Nothing when they are not of that form.
+struct LoopCondition {
+  bool until = false;
+  UString condition;
+};
+std::optional<LoopCondition> splitLoopCondition(UString rest);
 
 }  // namespace lx
 

@@ -126,6 +126,12 @@ TEST(CompiledLines, LoopsAndConditionals) {
       u"n & m",
       u"DIM n = 0\nWHILE n < 3 : n = n + 1 : WEND : RESULT = n",
       u"DIM i\nFOR i = 1 TO 3 STEP 0\nNEXT\nRESULT = i",
+      // LOOP runs the condition its DO (or itself, the first time) compiled
+      u"DIM n = 0\nDO UNTIL n > 4 OR n = 3\nn = n + 1\nLOOP\nRESULT = n",
+      u"DIM n = 0\nDO\nn = n + 1\nIF n = 2 THEN EXIT DO\nLOOP WHILE n < 5\nRESULT = n",
+      u"DIM n = 0, m = 0\nDO WHILE n < 2\nn = n + 1\nDO\nm = m + 1\nLOOP UNTIL m >= n * 2\nLOOP\n"
+      u"RESULT = n & m",
+      u"DIM n = 0\nDO WHILE\nLOOP\nRESULT = n",  // no condition after WHILE
   };
   for (const char16_t* c : cases) same(c);
 }
@@ -134,21 +140,30 @@ TEST(CompiledLines, LoopsAndConditionals) {
 // closing line must not use what the opening run compiled and has since dropped (a sanitizer
 // build sees it if it does), and both modes must agree on where the loop goes back to.
 TEST(CompiledLines, LoopOpenAcrossRuns) {
-  std::u16string results[2];
-  int32_t codes[2] = {};
-  for (bool reference : {false, true}) {
-    lx::LxBasicScript s;
-    s.setReferenceEvaluator(reference);
-    s.setScript(u"DIM n = 0, RESULT = 0\nWHILE n < 3\nn = n + 1");
-    s.runScript();
-    s.setScript(u"n = n + 10\nWEND\nRESULT = RESULT + n");
-    s.runScript();
-    results[reference] = lx::toText(s.valueOf(u"RESULT"));
-    codes[reference] = s.error() ? s.error()->code() : 0;
+  struct Case {
+    const char16_t* opening;
+    const char16_t* closing;
+  };
+  for (const Case& c : {Case{u"DIM n = 0, RESULT = 0\nWHILE n < 3\nn = n + 1",
+                             u"n = n + 10\nWEND\nRESULT = RESULT + n"},
+                        Case{u"DIM n = 0, RESULT = 0\nDO WHILE n < 3\nn = n + 1",
+                             u"n = n + 10\nLOOP\nRESULT = RESULT + n"}}) {
+    std::u16string results[2];
+    int32_t codes[2] = {};
+    for (bool reference : {false, true}) {
+      lx::LxBasicScript s;
+      s.setReferenceEvaluator(reference);
+      s.setScript(c.opening);
+      s.runScript();
+      s.setScript(c.closing);
+      s.runScript();
+      results[reference] = lx::toText(s.valueOf(u"RESULT"));
+      codes[reference] = s.error() ? s.error()->code() : 0;
+    }
+    EXPECT_EQ(results[0], results[1]);
+    EXPECT_EQ(codes[0], codes[1]);
+    EXPECT_EQ(results[0], u"11");  // n is 1 + 10, and the loop ends
   }
-  EXPECT_EQ(results[0], results[1]);
-  EXPECT_EQ(codes[0], codes[1]);
-  EXPECT_EQ(results[0], u"11");  // n is 1 + 10, and the loop ends
 }
 
 // Element reads by one plain index, arithmetic on numbers read in place and the remembered
