@@ -360,7 +360,9 @@ class CallStep final : public Step {
   [[gnu::noinline]] bool runCall(Frame& script, Registers& regs, const UString& line) const {
     enum class Kind { Method, Procedure, Element, Function } kind;
     ObjectRef receiver;
-    std::shared_ptr<LxBasicSub> sub;
+    // The tree's procedure table holds every procedure until the run ends (it only grows
+    // while a script runs), so a procedure found here needs no holding of its own.
+    LxBasicSub* sub = nullptr;
     ValueRef array;
     if (receiver_) {
       kind = Kind::Method;
@@ -369,11 +371,11 @@ class CallStep final : public Step {
       if (!have && script.hasError()) return bracketFailed(script, line);
       if (have && v.value().isObject()) receiver = v.value().object();
     } else {
-      // Held for the call: the procedure or array may be replaced while the arguments run.
-      // A function of a host object needs nothing held.
+      // The array is held for the call: it may be replaced while the arguments run. A
+      // function of a host object needs nothing held.
       resolve(script);
       if (sub_) {
-        sub = sub_;
+        sub = sub_.get();
         kind = Kind::Procedure;
       } else if (const ValueRef& variable = lookupVariable(script, key_, variable_)) {
         array = variable;
