@@ -5,6 +5,7 @@
 #include <new>
 
 #include "execution/frame.h"
+#include "foundation/inline_values.h"
 #include "foundation/memory_budget.h"
 #include "foundation/scanning.h"
 #include "lxbasic/bridge.h"
@@ -132,36 +133,7 @@ const Variant& argument(const Variant& v) {
 
 // Call arguments; few enough to live on the stack in nearly every call, and only those made
 // are constructed.
-class Arguments {
- public:
-  Arguments() = default;
-  ~Arguments() { std::destroy_n(inlineData(), inlineCount_); }
-  Arguments(const Arguments&) = delete;
-  Arguments& operator=(const Arguments&) = delete;
-
-  void push(Variant v) {
-    if (heap_.empty() && inlineCount_ < kInline) {
-      std::construct_at(inlineData() + inlineCount_, std::move(v));
-      ++inlineCount_;
-      return;
-    }
-    if (heap_.empty()) heap_.assign(inlineData(), inlineData() + inlineCount_);
-    heap_.push_back(std::move(v));
-  }
-  std::span<const Variant> span() const {
-    return heap_.empty() ? std::span<const Variant>(inlineData(), inlineCount_)
-                         : std::span<const Variant>(heap_);
-  }
-
- private:
-  static constexpr size_t kInline = 4;
-  Variant* inlineData() const {
-    return std::launder(reinterpret_cast<Variant*>(const_cast<unsigned char*>(storage_)));
-  }
-  alignas(Variant) unsigned char storage_[kInline * sizeof(Variant)];
-  size_t inlineCount_ = 0;
-  std::vector<Variant> heap_;
-};
+using Arguments = InlineValues<4>;
 
 }  // namespace
 

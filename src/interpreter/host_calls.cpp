@@ -1,7 +1,6 @@
 // A host calling a procedure that its script has defined, as a script line would call it.
-#include <array>
-#include <vector>
 
+#include "foundation/inline_values.h"
 #include "interpreter/procedures.h"
 #include "interpreter/script_core.h"
 #include "lxbasic/exceptions.h"
@@ -16,7 +15,9 @@ Variant ScriptCore::call(UStringView name, std::span<const Variant> args) {
     lastCallName_ = UString(name);
     lastCallEpoch_ = proceduresEpoch();
   }
-  std::shared_ptr<LxBasicSub> sub = lastCallSub_;
+  // Held by lastCallSub_, which nothing changes while the call runs: a host method that the
+  // body calls cannot call() this script again.
+  LxBasicSub* sub = lastCallSub_.get();
   _running.store(1);
   if (hasError()) setError(nullptr);
   shared_->clearStop();
@@ -30,26 +31,17 @@ Variant ScriptCore::call(UStringView name, std::span<const Variant> args) {
     setError(LxError::make(kFunctionNotFound, UStringView(), name));
     return Variant();
   }
-  // Arguments travel as they do from a script line: an Empty value as the null object. A few
-  // fit on the stack.
-  constexpr size_t kInline = 8;
-  std::array<Variant, kInline> inlineArgs;
-  std::vector<Variant> manyArgs;
-  if (args.size() > kInline) manyArgs.resize(args.size());
-  const std::span<Variant> passed = args.size() > kInline
-                                        ? std::span<Variant>(manyArgs)
-                                        : std::span<Variant>(inlineArgs.data(), args.size());
-  for (size_t i = 0; i < args.size(); ++i) {
-    passed[i] = args[i].isEmpty() ? Variant(nullObject()) : scriptValueOf(args[i]);
-  }
+  // Arguments travel as they do from a script line: an Empty value as the null object.
+  InlineValues<8> passed;
+  for (const Variant& a : args) passed.push(a.isEmpty() ? Variant(nullObject()) : scriptValueOf(a));
   ErrorRef inner;
-  CallResult result = sub->run(passed, &inner);
+  CallResult result = sub->run(passed.span(), &inner);
   if (result.argumentMismatch) {
     setError(LxError::make(kWrongArgumentCount));
   } else if (inner) {
     setError(inner);
   }
-  return result.value;
+  return std::move(result.value);
 }
 
 }  // namespace lx
