@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <cctype>
-#include <charconv>
 #include <chrono>
 #include <cstdio>
 #include <exception>
@@ -19,6 +18,7 @@
 #include "lxbasic/debug.h"
 #include "lxbasic/script.h"
 #include "lxbasic/text.h"
+#include "runner_options.h"
 #include "session.h"
 
 namespace runner {
@@ -53,13 +53,6 @@ std::string trimmed(std::string_view s) {
   if (first == std::string_view::npos) return {};
   const size_t last = s.find_last_not_of(" \t");
   return std::string(s.substr(first, last - first + 1));
-}
-
-std::optional<int32_t> wholeNumber(std::string_view text) {
-  int32_t n = 0;
-  auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), n);
-  if (text.empty() || ec != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return n;
 }
 
 std::vector<std::string> splitLines(const std::string& text) {
@@ -210,7 +203,7 @@ class DebugConsole {
         backtrace();
       } else if (word == "f" || word == "frame") {
         selectFrame(rest.empty() ? std::optional<int32_t>(static_cast<int32_t>(frame_))
-                                 : wholeNumber(rest));
+                                 : wholeNumber<int32_t>(rest));
       } else if (word == "up") {
         selectFrame(static_cast<int32_t>(frame_) + 1);
       } else if (word == "down") {
@@ -277,7 +270,7 @@ class DebugConsole {
         line = stack.front().line;
       }
     } else {
-      line = wholeNumber(where);
+      line = wholeNumber<int32_t>(where);
     }
     if (!line || *line < 1) {
       std::printf("Give a line number from 1 on: break LINE [IF COND]\n");
@@ -292,7 +285,7 @@ class DebugConsole {
       std::printf("Deleted all breakpoints.\n");
       return;
     }
-    const auto id = wholeNumber(rest);
+    const auto id = wholeNumber<int32_t>(rest);
     if (id && debugger_.removeBreakpoint(*id)) {
       std::printf("Deleted breakpoint %d.\n", *id);
     } else {
@@ -354,7 +347,7 @@ class DebugConsole {
   void list(const std::string& rest) {
     int32_t centre = listNext_;
     if (!rest.empty()) {
-      const auto n = wholeNumber(rest);
+      const auto n = wholeNumber<int32_t>(rest);
       if (!n) {
         std::printf("list takes a line number\n");
         return;

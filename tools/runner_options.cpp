@@ -1,6 +1,5 @@
 #include "runner_options.h"
 
-#include <charconv>
 #include <cstdio>
 #include <limits>
 #include <string_view>
@@ -81,37 +80,24 @@ namespace {
 
 // Whole, non-negative seconds that fit the engine's 32-bit time limit.
 int32_t parseSeconds(std::string_view text) {
-  int32_t seconds = 0;
-  auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), seconds);
-  if (text.empty() || ec != std::errc() || end != text.data() + text.size() || seconds < 0) {
-    throw usageError("--timeout needs a whole number of seconds from 0 to " +
-                     std::to_string(std::numeric_limits<int32_t>::max()) + ", not \"" +
-                     std::string(text) + "\"");
-  }
-  return seconds;
+  if (auto seconds = wholeNumber<int32_t>(text, 0)) return *seconds;
+  throw usageError("--timeout needs a whole number of seconds from 0 to " +
+                   std::to_string(std::numeric_limits<int32_t>::max()) + ", not \"" +
+                   std::string(text) + "\"");
 }
 
 // Whole, non-negative mebibytes whose byte count fits 64 bits.
 int64_t parseMebibytes(std::string_view text) {
-  int64_t mib = 0;
-  auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), mib);
   constexpr int64_t kMost = std::numeric_limits<int64_t>::max() >> 20;
-  if (text.empty() || ec != std::errc() || end != text.data() + text.size() || mib < 0 ||
-      mib > kMost) {
-    throw usageError("--memory-limit needs a whole number of MiB from 0 to " +
-                     std::to_string(kMost) + ", not \"" + std::string(text) + "\"");
-  }
-  return mib;
+  if (auto mib = wholeNumber<int64_t>(text, 0, kMost)) return *mib;
+  throw usageError("--memory-limit needs a whole number of MiB from 0 to " + std::to_string(kMost) +
+                   ", not \"" + std::string(text) + "\"");
 }
 
 // A script line for --break: counted from 1.
 int32_t parseLine(std::string_view text) {
-  int32_t line = 0;
-  auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), line);
-  if (text.empty() || ec != std::errc() || end != text.data() + text.size() || line < 1) {
-    throw usageError("--break needs a line number from 1 on, not \"" + std::string(text) + "\"");
-  }
-  return line;
+  if (auto line = wholeNumber<int32_t>(text, 1)) return *line;
+  throw usageError("--break needs a line number from 1 on, not \"" + std::string(text) + "\"");
 }
 
 void setDialogMode(Options& options, DialogMode mode, std::string_view option) {

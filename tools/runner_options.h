@@ -1,11 +1,14 @@
 // The runner's command line: what to do, with which options, on which file.
 #pragma once
 
+#include <charconv>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace runner {
@@ -50,6 +53,17 @@ class StartError : public std::runtime_error {
 };
 
 StartError usageError(const std::string& message);
+
+// The whole number `text` spells, all of it, within [least, most]; nothing otherwise.
+template <class T>
+std::optional<T> wholeNumber(std::string_view text, T least = std::numeric_limits<T>::min(),
+                             T most = std::numeric_limits<T>::max()) {
+  T n = 0;
+  auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), n);
+  if (text.empty() || ec != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  if (n < least || n > most) return std::nullopt;
+  return n;
+}
 
 // `interactiveTerminal`: standard input is a terminal, so no FILE means interactive mode.
 Options parseArguments(std::span<char* const> args, bool interactiveTerminal);

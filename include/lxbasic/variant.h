@@ -29,6 +29,8 @@ enum class ValueKind : int32_t {
   Array = 4,
   Date = 5
 };
+// The kind's name: "Empty", "String", "Number", "Object", "Array" or "Date".
+LX_API const char* kindName(ValueKind kind) noexcept;
 
 class ClassInfo;
 

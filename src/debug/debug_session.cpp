@@ -48,26 +48,30 @@ std::vector<Breakpoint> DebugSession::breakpoints() const {
 
 int32_t DebugSession::breakpointAt(int32_t line, UString* conditionError) {
   UString condition;
-  int32_t index = -1;
+  int32_t id = 0;
   {
     std::lock_guard lock(mutex_);
-    for (size_t i = 0; i < breakpoints_.size(); ++i) {
-      if (breakpoints_[i].line == line) {
-        index = static_cast<int32_t>(i);
-        condition = breakpoints_[i].condition;
-        break;
-      }
+    const auto at = std::find_if(breakpoints_.begin(), breakpoints_.end(),
+                                 [line](const Breakpoint& b) { return b.line == line; });
+    if (at == breakpoints_.end()) return 0;
+    id = at->id;
+    condition = at->condition;
+  }
+  if (!condition.empty() && target_) {
+    // The condition runs in the frame about to run the line, as an IF there would.
+    const DebugValue v = answer<DebugValue>([&] { return target_->evaluate(condition, 0); });
+    if (!v.ok) {
+      *conditionError = v.text;
+    } else if (!v.value.isNumber() || !v.value.numberUnchecked().toBool()) {
+      return 0;
     }
   }
-  if (index < 0 || condition.empty() || !target_) return index;
-  // The condition runs in the frame about to run the line, as an IF there would.
-  const DebugValue v = answer<DebugValue>([&] { return target_->evaluate(condition, 0); });
-  if (!v.ok) {
-    *conditionError = v.text;
-    return index;
+  // Counted by id: the host may have removed or added breakpoints while the condition ran.
+  std::lock_guard lock(mutex_);
+  for (Breakpoint& b : breakpoints_) {
+    if (b.id == id) ++b.hits;
   }
-  const bool holds = v.value.isNumber() && v.value.numberUnchecked().toBool();
-  return holds ? index : -1;
+  return id;
 }
 
 // ---- settings
@@ -131,14 +135,9 @@ bool DebugSession::atLine(int32_t line, size_t depth, bool scriptLine) {
   } else if (stepEnds(depth)) {
     event.reason = PauseReason::Step;
   } else if (scriptLine && breakpointCount_.load(std::memory_order_relaxed) > 0) {
-    const int32_t index = breakpointAt(line, &event.conditionError);
-    if (index < 0) return true;
+    event.breakpoint = breakpointAt(line, &event.conditionError);
+    if (event.breakpoint == 0) return true;
     event.reason = PauseReason::Breakpoint;
-    std::lock_guard lock(mutex_);
-    if (static_cast<size_t>(index) < breakpoints_.size()) {
-      event.breakpoint = breakpoints_[static_cast<size_t>(index)].id;
-      ++breakpoints_[static_cast<size_t>(index)].hits;
-    }
   } else {
     return true;
   }

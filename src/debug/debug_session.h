@@ -72,7 +72,7 @@ class DebugSession {
   // Ends the pause and books its time; called with the lock held.
   void leavePause();
   bool stepEnds(size_t depth) const;
-  // The breakpoint that pauses this line: its index in breakpoints_, or -1.
+  // The breakpoint that pauses this line, its hit counted: its id, or 0 for none.
   int32_t breakpointAt(int32_t line, UString* conditionError);
   // Runs `job` on the script's thread with pauses held off (see answering_).
   template <class R, class Job>

@@ -156,14 +156,10 @@ std::string Variant::utf8Text() const {
   return toUtf8(stringUnchecked());
 }
 
-namespace {
-
-const char* kindName(ValueKind kind) {
+const char* kindName(ValueKind kind) noexcept {
   static const char* const names[] = {"Empty", "String", "Number", "Object", "Array", "Date"};
   return names[static_cast<int32_t>(kind)];
 }
-
-}  // namespace
 
 void Variant::throwKindMismatch(ValueKind wanted) const {
   throw TypeMismatchException(std::string("a value of kind ") + kindName(kind()) + " was read as " +

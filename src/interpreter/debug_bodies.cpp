@@ -9,15 +9,6 @@ namespace lx {
 
 namespace {
 
-const char* kindName(const Variant& v) {
-  if (v.isString()) return "String";
-  if (v.isNumber()) return "Number";
-  if (v.isDate()) return "Date";
-  if (v.isArray()) return "Array";
-  if (v.isObject()) return "Object";
-  return "Empty";
-}
-
 // Elements are slots: what they hold is what a script sees.
 const Variant& held(const Variant& v) {
   const LxValue* slot = slotOf(v);
@@ -30,7 +21,7 @@ DebugVariable describeValue(UString name, const Variant& value, bool constant) {
   const Variant& v = held(value);
   DebugVariable out;
   out.name = std::move(name);
-  out.kind = kindName(v);
+  out.kind = kindName(v.kind());
   out.constant = constant;
   out.value = toText(v);
   // One line per value: an error record's text has two.

@@ -27,7 +27,6 @@ class DebugBodies final : public DebugTarget {
     bodies_.back().text = text;
   }
   size_t depth() const noexcept { return bodies_.size(); }
-  bool innermostIsEval() const noexcept { return !bodies_.empty() && bodies_.back().eval; }
   // Whether an error of the innermost body would be trapped by an ON ERROR of a body that is
   // waiting for it (the innermost one's own has been applied already).
   bool callerTraps() const;
