@@ -119,7 +119,8 @@ class Leaf {
     if (!mayBeVariable_ || variable_.epoch == script.varsEpoch()) {
       if (variable_.slot) return {&variable_.slot, nullptr};
       if (numberOnly(script)) return {nullptr, &literal_};
-    } else if (const ValueRef* entry = variable_.boundEntry(script)) {
+    } else if (const ValueRef* entry = variable_.boundEntry(script); entry && *entry) {
+      // A local the body has not declared yet has an empty entry: the long way decides.
       return {entry, nullptr};
     }
     return {};

@@ -42,6 +42,10 @@ CallFrame::CallFrame(const LxBasicSub& sub, ScriptCore& owner)
         std::find(resultEntries_.begin(), resultEntries_.end(), entry) != resultEntries_.end();
   }
   for (ValueRef* entry : parameters_) entry->reset();
+  for (size_t i = sub.firstLocal(); i < entries_.size(); ++i) {
+    localEntries_.push_back(entries_[i]);
+    entries_[i]->reset();
+  }
   bindResult();
   *funcEntry_ = funcName_;
   names_ = vars.size();
@@ -115,6 +119,7 @@ bool CallFrame::unbind() {
   auto& vars = s.getVars();
   for (const UString& name : locals_) vars.erase(name);
   locals_.clear();
+  for (ValueRef* entry : localEntries_) entry->reset();
   for (ValueRef* entry : parameters_) vacate(*entry);
   if (func_) {
     // The result slot is emptied for the next call unless something else took it.

@@ -50,6 +50,7 @@ class CallFrame {
   std::vector<ValueRef*> entries_;        // the table's entries for the bound names
   std::vector<ValueRef*> parameters_;     // each parameter's entry, in order
   std::vector<ValueRef*> resultEntries_;  // the distinct entries of the result's names
+  std::vector<ValueRef*> localEntries_;   // the body's declared names: empty between calls
   ValueRef* funcEntry_ = nullptr;
   ValueRef result_;    // the slot the result's names share
   ValueRef funcName_;  // the "__func__" constant: immutable, so one serves every call

@@ -40,6 +40,44 @@ bool readParams(UStringView text, std::vector<UString>& params) {
   }
 }
 
+// The upper-case names that DIM, CONST and FOR statements of the body name, read loosely: a
+// name found here that the body never declares only costs its frames an empty entry.
+std::vector<UString> declaredNames(const LxBasicStringList& body) {
+  std::vector<UString> names;
+  auto leadingName = [&names](UStringView text) {
+    const size_t end = text.find_first_of(u" =(");
+    UString name = upperCase(trim(text.substr(0, end)));
+    if (checkVarName(name)) names.push_back(std::move(name));
+  };
+  for (size_t i = 0; i < body.count(); ++i) {
+    const UString line = body.stringAtIndex(i);
+    UStringView rest = line;
+    while (!rest.empty()) {
+      const size_t colon = rest.find(u':');
+      const UString statement = upperCase(trim(rest.substr(0, colon)));
+      rest = colon == UStringView::npos ? UStringView() : rest.substr(colon + 1);
+      UStringView s = statement;
+      if (s.starts_with(u"FOR ")) {
+        leadingName(trim(s.substr(4)));
+      } else if (s.starts_with(u"DIM ") || s.starts_with(u"CONST ")) {
+        UStringView list = s.substr(s.find(u' ') + 1);
+        size_t depth = 0;
+        size_t start = 0;
+        for (size_t at = 0; at <= list.size(); ++at) {
+          const char16_t c = at < list.size() ? list[at] : u',';
+          if (c == u'(') ++depth;
+          if (c == u')' && depth > 0) --depth;
+          if (c == u',' && depth == 0) {
+            leadingName(trim(list.substr(start, at - start)));
+            start = at + 1;
+          }
+        }
+      }
+    }
+  }
+  return names;
+}
+
 }  // namespace
 
 LxBasicSub::LxBasicSub(ScriptCore* owner, UString name, std::vector<UString> params,
@@ -65,8 +103,21 @@ void LxBasicSub::nameBindings() {
   }
   add(u"__func__");
   add(u"err");
+  firstLocal_ = boundNames_.size();
+  for (UString& key : declaredNames(body_)) {
+    // A constant's name stays unbound: before its declaration it reads as the constant.
+    if (ScriptCore::isPredefinedConstant(key)) continue;
+    if (std::find(boundNames_.begin(), boundNames_.end(), key) == boundNames_.end()) {
+      boundNames_.push_back(std::move(key));
+    }
+  }
+  linesScanned_ = body_.count();
   frameEpoch_ = nextBindingEpoch();
   frames_.clear();  // frames bind by these names
+}
+
+void LxBasicSub::bindLocals() {
+  if (activeFrames_ == 0 && linesScanned_ != body_.count()) nameBindings();
 }
 
 LxBasicSub::LxBasicSub(ScriptCore* owner) : owner_(owner) {
@@ -170,6 +221,7 @@ ProcedureBody* LxBasicSub::preparedBody(ScriptCore& frame) {
 }
 
 CallFrame& LxBasicSub::takeFrame() {
+  bindLocals();
   if (activeFrames_ == frames_.size()) frames_.push_back(nullptr);
   std::unique_ptr<CallFrame>& frame = frames_[activeFrames_];
   if (!frame) frame = std::make_unique<CallFrame>(*this, *owner_);

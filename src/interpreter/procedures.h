@@ -62,8 +62,13 @@ class LxBasicSub {
   const std::vector<UString>& params() const noexcept { return params_; }
   ScriptCore* owner() const noexcept { return owner_; }
   // The upper-case names a call binds, each once: the parameters, for a function its name,
-  // "RESULT" and "FUNCTION", "__FUNC__", and "ERR", which each frame has a record of its own for.
+  // "RESULT" and "FUNCTION", "__FUNC__", and "ERR", which each frame has a record of its own for;
+  // then, from firstLocal() on, the names the body's DIM, CONST and FOR statements may declare.
+  // A frame keeps an entry for each of those locals, empty (no such variable) until the body
+  // declares it and again after the call, so that compiled lines find it by place in every
+  // frame instead of by name after each declaration.
   const std::vector<UString>& boundNames() const noexcept { return boundNames_; }
+  size_t firstLocal() const noexcept { return firstLocal_; }
   // The variable-table epoch of every frame of this procedure between calls: their tables then
   // differ only in the bound names, which compiled lines find by place, not by epoch.
   uint64_t frameEpoch() const noexcept { return frameEpoch_; }
@@ -81,6 +86,9 @@ class LxBasicSub {
   // run's end on a stop, the body's error, or the value.
   CallResult finishCall(bool ran, const ErrorRef& inner, Variant value, ErrorRef* error) const;
   void nameBindings();
+  // Adds the body's declared names to the bound names once the body is complete (it grows
+  // only while its definition is open, when no call can run).
+  void bindLocals();
   // Calls nest, so frames are taken and given back in stack order: the frame of the call at
   // depth d (among this procedure's active calls) is frames_[d].
   CallFrame& takeFrame();
@@ -92,6 +100,8 @@ class LxBasicSub {
   LxBasicStringList body_;
   ScriptCore* owner_;  // the script that owns the procedure table; it outlives every call
   std::vector<UString> boundNames_;
+  size_t firstLocal_ = 0;
+  size_t linesScanned_ = 0;  // body lines bindLocals has read
   uint64_t frameEpoch_ = 0;
   std::unique_ptr<ProcedureBody> prepared_;
   std::vector<std::unique_ptr<CallFrame>> frames_;

@@ -285,6 +285,8 @@ class ScriptCore final : public Frame,
   // variables of those names, as defining the constants over them would; reset hides both.
   enum ConstantParts : uint8_t { kLibraryConstants = 1, kScriptConstants = 2 };
   void showConstants(uint8_t parts);
+  // True when the upper-case name is one of the predefined constants.
+  static bool isPredefinedConstant(const UString& key);
   // Names that addVarWithName adds from now on are also appended to *names (nullptr: none).
   void recordNewNames(std::vector<UString>* names) noexcept { newNames_ = names; }
   void removeVar(UStringView name);

@@ -69,6 +69,10 @@ const ValueRef& ScriptCore::variableSlot(const UString& key) const {
   return kNoSlot;
 }
 
+bool ScriptCore::isPredefinedConstant(const UString& key) {
+  return sharedConstants().contains(key);
+}
+
 void ScriptCore::showConstants(uint8_t parts) {
   const auto& constants = sharedConstants();
   for (auto it = _vars.begin(); it != _vars.end();) {

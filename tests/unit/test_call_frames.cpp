@@ -53,6 +53,41 @@ TEST(CallFrames, NothingOfOneCallReachesTheNext) {
   }
 }
 
+TEST(CallFrames, ALocalExistsFromItsDeclarationToTheEndOfItsCall) {
+  // Frames keep a place for every name the body declares, empty until the declaration runs
+  // and emptied when the call ends: before it, the name means what an undeclared name means.
+  struct Case {
+    const char16_t* script;
+    int32_t code;
+    const char16_t* text;
+  };
+  const Case cases[] = {
+      // declared on the first call only: the second call's assignment reaches the main script
+      {u"DIM t = \"r\"\nSUB P(k)\nIF k = 1 THEN\nDIM t = 5\nEND IF\nt = k\nEND SUB\n"
+       u"P(1)\nP(2)\nRESULT = t",
+       0, u"2"},
+      // before its declaration, on every call
+      {u"DIM g = 0\nSUB P(k)\ng = k\nDIM g = 100\ng = g + k\nEND SUB\nP(3)\nP(4)\n"
+       u"RESULT = g",
+       0, u"4"},
+      // read before its declaration: not found, whatever the main script has
+      {u"DIM y = 3\nFUNCTION F(k)\nF = y\nDIM y = k\nEND FUNCTION\nRESULT = F(1)", 103,
+       u""},
+      // recursion: each frame's locals, arrays and FOR variable are its own
+      {u"FUNCTION S(n)\nDIM acc = n, pad(2), other = Mid(\"a,b\", 1, 2)\n"
+       u"FOR i = 1 TO 2: pad(i - 1) = i: NEXT\nIF n > 0 THEN acc = acc + S(n - 1)\n"
+       u"S = acc + pad(1) - 2 + i - 3\nEND FUNCTION\nRESULT = S(100)",
+       0, u"5050"},
+  };
+  for (const Case& c : cases) {
+    const lxtest::ModeRun r = same(c.script);
+    EXPECT_EQ(r.code, c.code) << lx::toUtf8(std::u16string(c.script)) << ": " << r.description;
+    if (c.code == 0) {
+      EXPECT_EQ(r.text, c.text) << lx::toUtf8(std::u16string(c.script));
+    }
+  }
+}
+
 TEST(CallFrames, ACallLeftByExitOrAnErrorLeavesNoStateBehind) {
   // Each body is left early on its first call (a = 1); its second call must behave as it does
   // when it is the only call.
