@@ -55,6 +55,9 @@ class Held {
 struct VariableCache {
   uint64_t epoch = 0;
   ValueRef slot;
+  // The names epoch in which the name was found to be neither a variable nor a constant:
+  // it stays absent, and needs no new look-up, while no name comes or goes.
+  uint64_t absentIn = 0;
   const std::vector<UString>* boundNames = nullptr;
   int32_t bound = -1;  // the name's index in boundNames, -1 for none
 
@@ -116,7 +119,8 @@ class Leaf {
   };
   Known known(const Frame& script) const {
     if (literalOnly_) return {nullptr, &literal_};
-    if (!mayBeVariable_ || variable_.epoch == script.varsEpoch()) {
+    if (!mayBeVariable_ || variable_.epoch == script.varsEpoch() ||
+        variable_.absentIn == script.namesEpoch()) {
       if (variable_.slot) return {&variable_.slot, nullptr};
       if (numberOnly(script)) return {nullptr, &literal_};
     } else if (const ValueRef* entry = variable_.boundEntry(script); entry && *entry) {

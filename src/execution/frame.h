@@ -56,6 +56,9 @@ class Frame {
   // Epochs of the variable table's names and of the host-object list (see epoch.h): what was
   // found by name holds while they are unchanged.
   uint64_t varsEpoch() const noexcept { return varsEpoch_; }
+  // Changes only when a name is added to the table or leaves it (or constants are shown): a
+  // name found in neither stays absent while it is unchanged.
+  uint64_t namesEpoch() const noexcept { return namesEpoch_; }
   uint64_t objsEpoch() const noexcept { return objsEpoch_; }
   // In a procedure's frame: the upper-case names each call binds (parameters, the result's
   // names, "__func__"), one list shared by every frame of a procedure, and this frame's table
@@ -106,6 +109,7 @@ class Frame {
   int32_t _curline = 0;
   int32_t _ignore_error = 0;
   uint64_t varsEpoch_ = nextBindingEpoch();
+  uint64_t namesEpoch_ = varsEpoch_;
   uint64_t objsEpoch_ = nextBindingEpoch();
   const std::vector<UString>* boundNames_ = nullptr;
   ValueRef* const* boundEntries_ = nullptr;

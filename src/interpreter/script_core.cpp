@@ -80,7 +80,7 @@ void ScriptCore::terminate() {
 }
 
 void ScriptCore::reset() {
-  varsChanged();
+  namesChanged();
   objsEpoch_ = nextBindingEpoch();
   _vars.clear();
   _objs.clear();
@@ -102,6 +102,7 @@ void ScriptCore::reset() {
 void ScriptCore::restart() {
   if (running()) throw InvalidArgumentException("restart: the script is running");
   _vars.clear();
+  namesChanged();
   constantsShown_ = 0;
   _objs.clear();
   _ifs.clear();
@@ -143,7 +144,7 @@ void ScriptCore::addObj(ObjectRef obj) {
   _objs.push_back(std::move(obj));
   // Registration may also have defined constants (the library does).
   objsEpoch_ = nextBindingEpoch();
-  varsChanged();
+  namesChanged();
 }
 
 void ScriptCore::removeObj(int32_t index) {

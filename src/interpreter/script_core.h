@@ -298,10 +298,12 @@ class ScriptCore final : public Frame,
 
   bool isKeyword(UStringView word) const;
 
-  // Epochs of the variable table's names and of the host-object list (see epoch.h).
+  // Epochs of the variable table (see epoch.h): varsChanged when a name gets another slot,
+  // namesChanged when a name comes or goes (which also gives every name another meaning).
   void varsChanged() noexcept { varsEpoch_ = nextBindingEpoch(); }
+  void namesChanged() noexcept { namesEpoch_ = varsEpoch_ = nextBindingEpoch(); }
   // Call frames of one procedure share an epoch while their tables agree (see LxBasicSub).
-  void setVarsEpoch(uint64_t epoch) noexcept { varsEpoch_ = epoch; }
+  void setVarsEpoch(uint64_t epoch) noexcept { namesEpoch_ = varsEpoch_ = epoch; }
   // A child whose object list has the same classes at each index as its owner's may share
   // the owner's epoch (see findSel), so that what its lines found in one call holds in the next.
   void setObjsEpoch(uint64_t epoch) noexcept { objsEpoch_ = epoch; }

@@ -16,13 +16,19 @@ ValueRef ScriptCore::addVarWithName(UStringView name, const Variant& value, bool
     setError(LxError::make(kBadVariableName));
     return nullptr;
   }
-  varsChanged();
   ValueRef slot;
   const bool shared = bindSlot(slot, value, constant);
   // A shared slot is not answered: the caller gets a slot of its own, as it always has.
   ValueRef answer = shared ? LxValue::make(Variant(), constant) : slot;
   auto [entry, inserted] = _vars.insert_or_assign(upperCase(name), std::move(slot));
-  if (inserted && newNames_) newNames_->push_back(entry->first);
+  // An entry that was there, even empty (a procedure's local before its declaration), is a
+  // name compiled lines find by place, never one they remember as absent.
+  if (inserted) {
+    namesChanged();
+    if (newNames_) newNames_->push_back(entry->first);
+  } else {
+    varsChanged();
+  }
   return answer;
 }
 
@@ -81,7 +87,7 @@ void ScriptCore::showConstants(uint8_t parts) {
     it = hidden ? _vars.erase(it) : std::next(it);
   }
   constantsShown_ |= parts;
-  varsChanged();
+  namesChanged();
 }
 
 ValueRef ScriptCore::getValueForVar(UStringView name) const {
@@ -89,7 +95,7 @@ ValueRef ScriptCore::getValueForVar(UStringView name) const {
 }
 
 void ScriptCore::removeVar(UStringView name) {
-  varsChanged();
+  namesChanged();
   _vars.erase(upperCase(name));
 }
 

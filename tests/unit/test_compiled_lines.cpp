@@ -219,6 +219,12 @@ TEST(CompiledBindings, FollowTheScriptsState) {
       u"DIM i, s\nFOR i = 1 TO 3\ns = s & k\nIF i = 1 THEN Eval(\"DIM k = 5\")\nNEXT\nRESULT = s",
       // a loop variable's slot is replaced by the next FOR over it
       u"DIM i, j, s\nFOR j = 1 TO 2\nFOR i = 1 TO 2\ns = s & i\nNEXT\nNEXT\nRESULT = s",
+      // a number is read as a variable once one of its name is declared; in a procedure's
+      // frames too, where the name is no local
+      u"DIM i, s\nFOR i = 1 TO 3\ns = s & 0 & \",\"\nIF i = 2 THEN\nDIM 0 = 7\nEND IF\nNEXT\n"
+      u"RESULT = s",
+      u"FUNCTION F(k)\nF = \"\"\nFOR j = 1 TO 2\nF = F & 1 & \",\"\nIF k = 2 AND j = 1 THEN\n"
+      u"DIM 1 = 9\nEND IF\nNEXT\nEND FUNCTION\nRESULT = F(1) & F(2) & F(3)",
   };
   for (const char16_t* c : cases) same(c);
 }
