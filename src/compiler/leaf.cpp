@@ -22,15 +22,14 @@ const ValueRef& lookupVariableAgain(Frame& script, const UString& key, VariableC
       cache.bound = at == names->end() ? -1 : static_cast<int32_t>(at - names->begin());
       cache.boundNames = names;
     }
-    if (const ValueRef* entry = cache.boundEntry(script)) {
-      cache.absentIn = 0;
-      return *entry;
-    }
+    if (const ValueRef* entry = cache.boundEntry(script)) return *entry;
   }
+  if (cache.namesIn != script.namesEpoch()) {
+    cache.found = &script.variableSlot(key);
+    cache.namesIn = script.namesEpoch();
+  }
+  cache.slot = *cache.found;
   cache.epoch = script.varsEpoch();
-  if (cache.absentIn == script.namesEpoch()) return cache.slot;  // still none
-  cache.slot = script.variableSlot(key);
-  cache.absentIn = cache.slot ? 0 : script.namesEpoch();
   return cache.slot;
 }
 

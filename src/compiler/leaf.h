@@ -55,12 +55,20 @@ class Held {
 struct VariableCache {
   uint64_t epoch = 0;
   ValueRef slot;
-  // The names epoch in which the name was found to be neither a variable nor a constant:
-  // it stays absent, and needs no new look-up, while no name comes or goes.
-  uint64_t absentIn = 0;
+  // Where the name's slot is kept (the table's entry, a constant's, or an empty reference),
+  // found in the names epoch `namesIn`: while no name comes or goes it stays there, so a
+  // slot replaced under the name (a FOR over it, the ON ERROR record) is read from there
+  // without a look-up by name.
+  const ValueRef* found = nullptr;
+  uint64_t namesIn = 0;
   const std::vector<UString>* boundNames = nullptr;
   int32_t bound = -1;  // the name's index in boundNames, -1 for none
 
+  // True when the name was found to be neither a variable nor a constant, and no name has
+  // come or gone since.
+  bool absent(const Frame& script) const noexcept {
+    return namesIn == script.namesEpoch() && found && !*found;
+  }
   // The frame's entry when the name was found bound in frames of this script's procedure.
   const ValueRef* boundEntry(const Frame& script) const noexcept {
     if (bound < 0 || boundNames != script.boundNames()) return nullptr;
@@ -119,9 +127,10 @@ class Leaf {
   };
   Known known(const Frame& script) const {
     if (literalOnly_) return {nullptr, &literal_};
-    if (!mayBeVariable_ || variable_.epoch == script.varsEpoch() ||
-        variable_.absentIn == script.namesEpoch()) {
+    if (!mayBeVariable_ || variable_.epoch == script.varsEpoch()) {
       if (variable_.slot) return {&variable_.slot, nullptr};
+      if (numberOnly(script)) return {nullptr, &literal_};
+    } else if (variable_.absent(script)) {
       if (numberOnly(script)) return {nullptr, &literal_};
     } else if (const ValueRef* entry = variable_.boundEntry(script); entry && *entry) {
       // A local the body has not declared yet has an empty entry: the long way decides.

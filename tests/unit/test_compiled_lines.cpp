@@ -219,6 +219,10 @@ TEST(CompiledBindings, FollowTheScriptsState) {
       u"DIM i, s\nFOR i = 1 TO 3\ns = s & k\nIF i = 1 THEN Eval(\"DIM k = 5\")\nNEXT\nRESULT = s",
       // a loop variable's slot is replaced by the next FOR over it
       u"DIM i, j, s\nFOR j = 1 TO 2\nFOR i = 1 TO 2\ns = s & i\nNEXT\nNEXT\nRESULT = s",
+      // the ON ERROR record gets a new slot after each failed line and each EXIT
+      u"DIM i, s\nON ERROR RESUME NEXT\nFOR i = 1 TO 3\nDO\nEXIT DO\nLOOP\ns = s & Number@(err)\n"
+      u"DIM q = nope\ns = s & Number@(err)\nClear@(err)\ns = s & Number@(err) & \",\"\nNEXT\n"
+      u"ON ERROR GOTO 0\nRESULT = s",
       // a number is read as a variable once one of its name is declared; in a procedure's
       // frames too, where the name is no local
       u"DIM i, s\nFOR i = 1 TO 3\ns = s & 0 & \",\"\nIF i = 2 THEN\nDIM 0 = 7\nEND IF\nNEXT\n"
