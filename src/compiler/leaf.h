@@ -64,11 +64,6 @@ struct VariableCache {
   const std::vector<UString>* boundNames = nullptr;
   int32_t bound = -1;  // the name's index in boundNames, -1 for none
 
-  // True when the name was found to be neither a variable nor a constant, and no name has
-  // come or gone since.
-  bool absent(const Frame& script) const noexcept {
-    return namesIn == script.namesEpoch() && found && !*found;
-  }
   // The frame's entry when the name was found bound in frames of this script's procedure.
   const ValueRef* boundEntry(const Frame& script) const noexcept {
     if (bound < 0 || boundNames != script.boundNames()) return nullptr;
@@ -129,8 +124,6 @@ class Leaf {
     if (literalOnly_) return {nullptr, &literal_};
     if (!mayBeVariable_ || variable_.epoch == script.varsEpoch()) {
       if (variable_.slot) return {&variable_.slot, nullptr};
-      if (numberOnly(script)) return {nullptr, &literal_};
-    } else if (variable_.absent(script)) {
       if (numberOnly(script)) return {nullptr, &literal_};
     } else if (const ValueRef* entry = variable_.boundEntry(script); entry && *entry) {
       // A local the body has not declared yet has an empty entry: the long way decides.

@@ -221,7 +221,9 @@ ProcedureBody* LxBasicSub::preparedBody(ScriptCore& frame) {
 }
 
 CallFrame& LxBasicSub::takeFrame() {
-  bindLocals();
+  // Before the first frame is made: the body is complete by then (a body that grows later
+  // keeps the names it had, and its new locals are added and dropped by name).
+  if (frames_.empty()) bindLocals();
   if (activeFrames_ == frames_.size()) frames_.push_back(nullptr);
   std::unique_ptr<CallFrame>& frame = frames_[activeFrames_];
   if (!frame) frame = std::make_unique<CallFrame>(*this, *owner_);
