@@ -70,7 +70,7 @@ struct DebugFrame {
 // One variable of a frame.
 struct DebugVariable {
   UString name;      // as the table keys it (upper case)
-  std::string kind;      // kindName() of the value (variant.h)
+  std::string kind;  // kindName() of the value (variant.h)
   UString value;     // the value's text, cut at kDebugValueText units (ends with "...")
   bool constant = false;
   // For arrays: the number of elements (each dimension's length, outermost first).

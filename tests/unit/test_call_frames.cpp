@@ -71,8 +71,7 @@ TEST(CallFrames, ALocalExistsFromItsDeclarationToTheEndOfItsCall) {
        u"RESULT = g",
        0, u"4"},
       // read before its declaration: not found, whatever the main script has
-      {u"DIM y = 3\nFUNCTION F(k)\nF = y\nDIM y = k\nEND FUNCTION\nRESULT = F(1)", 103,
-       u""},
+      {u"DIM y = 3\nFUNCTION F(k)\nF = y\nDIM y = k\nEND FUNCTION\nRESULT = F(1)", 103, u""},
       // recursion: each frame's locals, arrays and FOR variable are its own
       {u"FUNCTION S(n)\nDIM acc = n, pad(2), other = Mid(\"a,b\", 1, 2)\n"
        u"FOR i = 1 TO 2: pad(i - 1) = i: NEXT\nIF n > 0 THEN acc = acc + S(n - 1)\n"
