@@ -646,6 +646,7 @@ std::unique_ptr<Expression> Compiler::expression(UStringView text, bool comparit
         return nullptr;
       }
       e->inline_ = true;
+      e->jump_ = splitLoopJump(line);
       return e;
     }
     const int32_t eq = posWithNeedle(u"=", line);
@@ -976,7 +977,7 @@ Result Expression::finish(Frame& script, Registers& regs, const ValueRef& slot) 
 
 void Expression::execute(Frame& script) const {
   if (inline_) {
-    script.parseInlineOps(original_);
+    script.loopJump(jump_);
     return;
   }
   Registers regs(registers_);
@@ -1000,7 +1001,7 @@ void Expression::execute(Frame& script) const {
 
 Result Expression::run(Frame& script, Registers& regs) const {
   if (inline_) {
-    script.parseInlineOps(original_);
+    script.loopJump(jump_);
     return {};
   }
   ValueRef slot;

@@ -17,6 +17,7 @@
 #include "compiler/leaf.h"
 #include "lxbasic/value.h"
 #include "lxbasic/variant.h"
+#include "syntax/statement_parts.h"
 
 namespace lx {
 class Frame;
@@ -87,6 +88,7 @@ class Expression {
 
   UString original_;
   bool inline_ = false;  // EXIT or CONTINUE
+  LoopJump jump_;        // its words
   bool assigns_ = false;
   UString targetText_;  // trimmed text left of "="
   UString targetKey_;

@@ -28,6 +28,7 @@
 namespace lx {
 
 class LxBasicSub;
+struct LoopJump;  // syntax/statement_parts.h
 struct MethodInfo;
 
 class Frame {
@@ -86,6 +87,8 @@ class Frame {
   Variant operate(char16_t op, const Variant& a, const Variant& b);
   // EXIT and CONTINUE statements; false when `line` is neither.
   bool parseInlineOps(const UString& line);
+  // An EXIT or CONTINUE statement whose words were read when it was compiled.
+  void loopJump(const LoopJump& jump);
   // The procedure of that name (any letter case), or nullptr; the table's epoch changes
   // whenever a procedure is added.
   std::shared_ptr<LxBasicSub> getSubByName(UStringView name) const;

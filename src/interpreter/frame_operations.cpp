@@ -46,6 +46,10 @@ bool Frame::parseInlineOps(const UString& line) {
   return script(*this).parseInlineOps(line);
 }
 
+void Frame::loopJump(const LoopJump& jump) {
+  script(*this).runLoopJump(jump);
+}
+
 std::shared_ptr<LxBasicSub> Frame::getSubByName(UStringView name) const {
   return script(*this).getSubByName(name);
 }

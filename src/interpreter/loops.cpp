@@ -78,19 +78,6 @@ std::optional<LoopKind> loopKindNamed(UStringView word) {
   return std::nullopt;
 }
 
-// EXIT and CONTINUE: the loop word in upper case and whatever follows it.
-struct LoopJump {
-  UString target;
-  UString remainder;
-};
-
-LoopJump readLoopJump(const UString& line) {
-  UString rest = line;
-  getTokenFrom(rest, u" ");
-  UString target = upperCase(getTokenFrom(rest, u" "));
-  return {std::move(target), trim(rest)};
-}
-
 }  // namespace
 
 uint64_t LxBasicFor::epochOf(const ScriptCore& script) noexcept {
@@ -299,18 +286,22 @@ void leaveLoops(ScriptCore& script, LoopKind kind, bool end) {
 }  // namespace
 
 void ScriptCore::parseExit(const UString& line) {
-  const LoopJump jump = readLoopJump(line);
-  if (jump.target.empty()) return fail(*this, kCorrectExit);
-  const auto kind = loopKindNamed(jump.target);
-  if (!kind) return;  // EXIT SUB and the like do nothing
-  if (!jump.remainder.empty()) return fail(*this, kSyntaxError);
-  leaveLoops(*this, *kind, true);
+  runLoopJump(splitLoopJump(line));
 }
 
 void ScriptCore::parseContinue(const UString& line) {
-  const LoopJump jump = readLoopJump(line);
+  runLoopJump(splitLoopJump(line));
+}
+
+void ScriptCore::runLoopJump(const LoopJump& jump) {
   const auto kind = loopKindNamed(jump.target);
-  if (!kind || !jump.remainder.empty()) return fail(*this, kSyntaxError);
+  if (jump.exit) {
+    if (jump.target.empty()) return fail(*this, kCorrectExit);
+    if (!kind) return;  // EXIT SUB and the like do nothing
+    if (jump.trailing) return fail(*this, kSyntaxError);
+    return leaveLoops(*this, *kind, true);
+  }
+  if (!kind || jump.trailing) return fail(*this, kSyntaxError);
   leaveLoops(*this, *kind, false);
 }
 

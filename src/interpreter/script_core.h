@@ -234,6 +234,7 @@ class ScriptCore final : public Frame,
   // EXIT and CONTINUE, once parseInlineOps has recognised them.
   void parseExit(const UString& line);
   void parseContinue(const UString& line);
+  void runLoopJump(const LoopJump& jump);
   // True when `slot` is the variable of an open FOR loop (assignments to it are refused).
   bool isLoopVariable(const LxValue* slot) const;
   LoopStack& loops() noexcept { return _loops; }

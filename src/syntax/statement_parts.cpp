@@ -92,6 +92,15 @@ UString bracketed(UStringView text) {
   return wrapped;
 }
 
+LoopJump splitLoopJump(const UString& line) {
+  UString rest = line;
+  LoopJump jump;
+  jump.exit = upperCase(getTokenFrom(rest, u" ")) == u"EXIT";
+  jump.target = upperCase(getTokenFrom(rest, u" "));
+  jump.trailing = !trim(rest).empty();
+  return jump;
+}
+
 std::optional<LoopCondition> splitLoopCondition(UString rest) {
   const UString word = upperCase(getTokenFrom(rest, u" "));
   if (word != u"WHILE" && word != u"UNTIL") return std::nullopt;

@@ -74,6 +74,15 @@ struct LoopCondition {
 };
 std::optional<LoopCondition> splitLoopCondition(UString rest);
 
+// EXIT and CONTINUE: which of the two, the loop word after it in upper case ("FOR", "WHILE",
+// "DO", "SUB"... or empty) and whether anything follows that word.
+struct LoopJump {
+  bool exit = false;
+  UString target;
+  bool trailing = false;
+};
+LoopJump splitLoopJump(const UString& line);
+
 }  // namespace lx
 
 namespace lx {

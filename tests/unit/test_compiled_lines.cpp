@@ -132,6 +132,17 @@ TEST(CompiledLines, LoopsAndConditionals) {
       u"DIM n = 0, m = 0\nDO WHILE n < 2\nn = n + 1\nDO\nm = m + 1\nLOOP UNTIL m >= n * 2\nLOOP\n"
       u"RESULT = n & m",
       u"DIM n = 0\nDO WHILE\nLOOP\nRESULT = n",  // no condition after WHILE
+      // EXIT and CONTINUE, whose words the compiled line reads once: any case, a loop word
+      // that names no loop, words after it, none at all
+      u"DIM i, s\nFOR i = 1 TO 4\nIF i = 3 THEN exit for\ns = s & i\nNEXT\nRESULT = s",
+      u"DIM n = 0, s\nDO WHILE n < 4\nn = n + 1\nIF n = 2 THEN continue Do\ns = s & n\nLOOP\n"
+      u"RESULT = s",
+      u"DIM i, s\nFOR i = 1 TO 3\nIF i = 2 THEN EXIT SUB\ns = s & i\nNEXT\nRESULT = s",
+      u"DIM i, s\nFOR i = 1 TO 3\nIF i = 2 THEN EXIT FOR now\ns = s & i\nNEXT\nRESULT = s",
+      u"DIM i, s\nFOR i = 1 TO 3\nIF i = 2 THEN CONTINUE\ns = s & i\nNEXT\nRESULT = s",
+      u"DIM i, s\nFOR i = 1 TO 3\nIF i = 2 THEN CONTINUE SUB\ns = s & i\nNEXT\nRESULT = s",
+      u"FUNCTION F(k)\nF = 1\nIF k > 1 THEN EXIT\nF = 2\nEND FUNCTION\nRESULT = F(1) & F(2)",
+      u"DIM i, s\nFOR i = 1 TO 3\nIF i = 2 THEN EXIT WHILE\ns = s & i\nNEXT\nRESULT = s",
   };
   for (const char16_t* c : cases) same(c);
 }
