@@ -269,18 +269,21 @@ void ScriptCore::executeText(const UString& text, const compiled::Expression* co
 bool ScriptCore::applyErrorPolicy(const UString& line, int32_t scriptLine) {
   ErrorRef e = error();
   if (!e) return true;
-  if (e->code() <= 99) {
-    e = LxError::errorWithCode(e->code(), e->desc(), line, scriptLine + 1);
+  const int32_t code = e->code();
+  if (!_ignore_error && code <= 0 && code != kCorrectExit) {
+    // A signal that ends here (an EXIT's): err becomes a clean record of this line at once, so
+    // the signal's own record, which it would replace, is never made.
+    addConstWithName(u"err",
+                     Variant(std::make_shared<LxError>(0, UString(), UString(), scriptLine + 1)));
+    setError(nullptr);
+    return true;
+  }
+  if (code <= 99) {
+    e = LxError::errorWithCode(code, e->desc(), line, scriptLine + 1);
     setError(e);
   }
   addVarWithName(u"err", Variant(e));
-  if (_ignore_error) return true;
-  if (e->code() > 0) return false;
-  if (e->code() == kCorrectExit) return false;
-  addConstWithName(u"err",
-                   Variant(std::make_shared<LxError>(0, UString(), UString(), scriptLine + 1)));
-  setError(nullptr);
-  return true;
+  return _ignore_error != 0;
 }
 
 void ScriptCore::parseOnError(const UString& line) {
