@@ -1,6 +1,8 @@
 #include "compiler/expression.h"
 
 #include <array>
+#include <cmath>
+#include <limits>
 #include <memory>
 #include <new>
 
@@ -513,12 +515,8 @@ class Comparison {
       if (!side(script, regs, line, *left, leftText, v)) return false;
       result = compareValues(v.value(), kZero) == 1;  // only a value above zero is true
     } else {
-      Held l;
-      Held r;
-      if (!side(script, regs, line, *left, leftText, l)) return false;
-      l.keep();  // the right side may run anything
-      if (!side(script, regs, line, *right, rightText, r)) return false;
-      const int32_t c = compareValues(l.value(), r.value());
+      int32_t c = 0;
+      if (!compareSides(script, regs, line, c)) return false;
       switch (op) {
         case Op::Eq:
           result = c == 0;
@@ -545,6 +543,42 @@ class Comparison {
   }
 
  private:
+  // compareValues of the two sides, read in order. Two numbers known without running anything
+  // (variables, literals) whose reading back from text is the number itself compare as the
+  // numbers they are.
+  bool compareSides(Frame& script, Registers& regs, const UString& line, int32_t& c) const {
+    const Leaf* a = left->soleLeaf();
+    const Leaf* b = a ? right->soleLeaf() : nullptr;
+    if (b) {
+      const Variant* x = a->peek(script);
+      const Variant* y = x ? b->peek(script) : nullptr;
+      double i = 0;
+      double j = 0;
+      if (y && plainNumber(*x, i) && plainNumber(*y, j)) {
+        c = i > j ? 1 : j > i ? -1 : 0;
+        return true;
+      }
+    }
+    Held l;
+    Held r;
+    if (!side(script, regs, line, *left, leftText, l)) return false;
+    l.keep();  // the right side may run anything
+    if (!side(script, regs, line, *right, rightText, r)) return false;
+    c = compareValues(l.value(), r.value());
+    return true;
+  }
+  // A 32-bit integer, or a double that is 0 or finite and normal.
+  static bool plainNumber(const Variant& v, double& d) noexcept {
+    if (!v.isNumber()) return false;
+    const Number& n = v.numberUnchecked();
+    if (n.type() == Number::Type::Int32) {
+      d = n.toInt32();
+      return true;
+    }
+    if (n.type() != Number::Type::Double) return false;
+    d = n.toDouble();
+    return d == 0 || (std::isfinite(d) && std::fabs(d) >= std::numeric_limits<double>::min());
+  }
   static bool side(Frame& script, Registers& regs, const UString& line, const Expression& e,
                    const UString& text, Held& out) {
     if (const Leaf* leaf = e.soleLeaf()) return e.readSole(script, *leaf, out);
@@ -566,8 +600,17 @@ class ConditionStep final : public Step {
       : Step(reg), parts_(std::move(parts)) {}
 
   bool run(Frame& script, Registers& regs, const UString& line) const override {
+    bool result = false;
+    if (!decide(script, regs, line, result)) return false;
+    Result& r = regs[reg_];
+    r.kind = Result::Kind::Value;
+    r.value = Variant::int32(result ? 1 : 0);
+    return true;
+  }
+
+  // The chain's truth (every operand is evaluated: AND and OR do not stop early).
+  bool decide(Frame& script, Registers& regs, const UString& line, bool& result) const {
     try {
-      bool result = false;
       for (size_t i = 0; i < parts_.size(); ++i) {
         if (i % 2 == 1) {
           if (!parts_[i].validOp || i + 1 >= parts_.size()) {
@@ -580,9 +623,6 @@ class ConditionStep final : public Step {
         if (!parts_[i].operand.run(script, regs, line, truth)) return bracketFailed(script, line);
         result = i == 0 ? truth : parts_[i - 1].isAnd ? (result && truth) : (result || truth);
       }
-      Result& r = regs[reg_];
-      r.kind = Result::Kind::Value;
-      r.value = Variant::int32(result ? 1 : 0);
       return true;
     } catch (...) {
       // Whatever goes wrong inside a condition is a syntax error of the line, but for the
@@ -847,7 +887,21 @@ std::unique_ptr<Expression> Expression::compile(UStringView text, bool compariti
     return nullptr;
   }
   e->registers_ = compiler.registers;
+  if (!e->inline_ && !e->assigns_ && e->steps_.size() == 1 && !e->final_.leaf &&
+      dynamic_cast<const ConditionStep*>(e->steps_.front().get()) != nullptr) {
+    e->soleCondition_ = e->steps_.front().get();
+  }
   return e;
+}
+
+Expression::Truth Expression::truth(Frame& script) const {
+  if (!soleCondition_) return Truth::Other;
+  Registers regs(registers_);
+  bool result = false;
+  if (!static_cast<const ConditionStep*>(soleCondition_)->decide(script, regs, original_, result)) {
+    return Truth::Failed;
+  }
+  return result ? Truth::True : Truth::False;
 }
 
 bool Expression::evaluate(Frame& script, Variant& out) const {

@@ -61,6 +61,12 @@ class Expression {
   // The value the evaluator's answer names (what getValue of parseLine's answer gives), or
   // false when there is none (an error is then normally set).
   bool evaluate(Frame& script, Variant& out) const;
+  // For a condition that is one bracketed chain of comparisons (how an IF's or a loop's
+  // condition reads): its truth, decided without making the value evaluate() would answer.
+  // Other when the expression is of another form (evaluate it); Failed when the evaluation
+  // ended on the way, as evaluate() would have.
+  enum class Truth : uint8_t { Other, Failed, False, True };
+  Truth truth(Frame& script) const;
   // The same as a slot: a variable's own slot when the answer is its name.
   ValueRef evaluateSlot(Frame& script) const;
   // parseLine's effect alone; the answer is dropped.
@@ -98,6 +104,7 @@ class Expression {
   std::vector<std::unique_ptr<Step>> steps_;
   Operand final_;
   int32_t registers_ = 0;  // of the whole tree, on the outermost expression
+  const Step* soleCondition_ = nullptr;  // the one step, when it is a comparison chain
   // The last target found to be no FOR variable, and the state that answer holds for. A loop
   // stack's version is unique to its script, so it names the script too.
   struct NotLoopVariable {

@@ -217,6 +217,32 @@ TEST(CompiledLines, ShortcutsAgreeWithTheGeneralPath) {
   for (const char16_t* c : cases) same(c);
 }
 
+// An IF's chain of comparisons is decided without making its value, and two plain numbers
+// compare directly; everything else takes the general rules, which these cases cross.
+TEST(CompiledLines, ConditionsDecidedDirectly) {
+  const char16_t* cases[] = {
+      u"DIM a = 5, b = 5.0, s\nIF a = b THEN s = s & \"1\"\nIF a < 5.5 THEN s = s & \"2\"\n"
+      u"IF -1 < a THEN s = s & \"3\"\nIF a >= 6 THEN s = s & \"4\"\nIF a <> b THEN s = s & \"5\"\n"
+      u"RESULT = s",
+      // infinities, NaN and subnormals read back from their text on the right
+      u"DIM big = 1E308 * 10, tiny = 4.9E-324, s\nIF 1 > big THEN s = s & \"a\"\n"
+      u"IF 0 = tiny THEN s = s & \"b\"\nIF tiny = 0 THEN s = s & \"c\"\n"
+      u"IF big = big THEN s = s & \"d\"\nIF 0 < big - big THEN s = s & \"e\"\nRESULT = s",
+      u"DIM a = \"10\", b = 9, s\nIF a > b THEN s = s & \"x\"\nIF b < a THEN s = s & \"y\"\n"
+      u"IF \"abc\" < \"abd\" THEN s = s & \"z\"\nRESULT = s",
+      u"DIM e, t = TRUE, s\nIF e < 1 THEN s = s & \"e\"\nIF t = 1 THEN s = s & \"t\"\n"
+      u"IF t < 0 THEN s = s & \"n\"\nIF 2147483647 + 1 > 2147483647 THEN s = s & \"w\"\nRESULT = s",
+      // every operand of AND and OR runs, in order
+      u"DIM c(1)\nFUNCTION B(arr)\narr(0) = arr(0) & \"b\"\nB = 1\nEND FUNCTION\n"
+      u"IF 1 = 2 AND B(c) = 1 OR B(c) < 0 THEN\nc(1) = 9\nEND IF\nRESULT = c(0) & c(1)",
+      u"DIM a = 1\nIF a = THEN\nRESULT = 1\nEND IF",
+      u"DIM a = 1\nIF nope < a THEN\nRESULT = 1\nEND IF",
+      u"DIM a = 1\nIF a < 2 AND THEN\nRESULT = 1\nEND IF",
+      u"DIM a = 1\nIF NOT a < 2 THEN RESULT = 1 ELSE RESULT = 2",
+  };
+  for (const char16_t* c : cases) same(c);
+}
+
 // A name's meaning changes while the script runs; every pass must see the current one.
 TEST(CompiledBindings, FollowTheScriptsState) {
   const char16_t* cases[] = {
