@@ -120,7 +120,7 @@ class Leaf {
     const ValueRef* slot = nullptr;
     const Variant* value = nullptr;
   };
-  Known known(const Frame& script) const {
+  [[gnu::always_inline]] Known known(const Frame& script) const {
     if (literalOnly_) return {nullptr, &literal_};
     if (!mayBeVariable_ || variable_.epoch == script.varsEpoch()) {
       if (variable_.slot) return {&variable_.slot, nullptr};
