@@ -15,21 +15,11 @@ namespace {
 // after setting the error when it does not.
 bool ifCondition(ScriptCore& script, const UString& text, const compiled::Expression* code,
                  bool& truth) {
-  if (code) {
-    // A chain of comparisons answers 0 or 1, which needs no value made to be read.
-    switch (code->truth(script)) {
-      case compiled::Expression::Truth::True:
-        truth = true;
-        return true;
-      case compiled::Expression::Truth::False:
-        truth = false;
-        return true;
-      case compiled::Expression::Truth::Failed:
-        if (script.errorCode() == 0) script.setError(LxError::make(kSyntaxError));
-        return false;
-      case compiled::Expression::Truth::Other:
-        break;
-    }
+  bool failed = false;
+  if (script.decideCondition(code, failed, truth)) {
+    if (!failed) return true;
+    if (script.errorCode() == 0) script.setError(LxError::make(kSyntaxError));
+    return false;
   }
   Variant v;
   if (!script.evaluateText(text, TextMode::Condition, v, code)) {

@@ -30,6 +30,13 @@ bool loopTruth(bool present, const Variant& v) {
 // Answers false when the evaluation stopped with an error, which then stands.
 bool loopCondition(ScriptCore& script, const UString& text, const compiled::Expression* code,
                    bool& truth) {
+  bool failed = false;
+  if (script.decideCondition(code, failed, truth)) {
+    if (!failed) return true;
+    if (script.errorCode() != 0) return false;
+    truth = false;  // no value
+    return true;
+  }
   Variant v;
   const bool present = script.evaluateText(text, TextMode::Condition, v, code);
   if (!present && script.errorCode() != 0) return false;
@@ -178,16 +185,21 @@ void ScriptCore::parseWhile(const UString& line) {
 
 void ScriptCore::runWhile(const UString& expression) {
   const compiled::LineCode* code = currentCode_;
-  Variant v;
-  if (!evaluateText(expression, TextMode::Condition, v,
-                    code ? code->whileCondition.get() : nullptr)) {
-    return;
+  const compiled::Expression* condition = code ? code->whileCondition.get() : nullptr;
+  bool failed = false;
+  bool truth = false;
+  if (decideCondition(condition, failed, truth)) {
+    if (failed) return;
+  } else {
+    Variant v;
+    if (!evaluateText(expression, TextMode::Condition, v, condition)) return;
+    if (!v.isNumber() && !v.isString()) return;
+    truth = loopTruth(true, v);
   }
-  if (!v.isNumber() && !v.isString()) return;
   auto loop = LxBasicWhile::whileWithExpression(expression, _curline);
   // WEND evaluates the same condition: it keeps the compiled form rather than its text.
   if (code) loop->setCode(code->whileCondition);
-  loop->setValid(loopTruth(true, v));
+  loop->setValid(truth);
   _loops.push_back(std::move(loop));
 }
 

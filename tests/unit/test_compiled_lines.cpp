@@ -239,6 +239,13 @@ TEST(CompiledLines, ConditionsDecidedDirectly) {
       u"DIM a = 1\nIF nope < a THEN\nRESULT = 1\nEND IF",
       u"DIM a = 1\nIF a < 2 AND THEN\nRESULT = 1\nEND IF",
       u"DIM a = 1\nIF NOT a < 2 THEN RESULT = 1 ELSE RESULT = 2",
+      // loop conditions, at WHILE, WEND, DO and LOOP
+      u"DIM n = 0\nWHILE n < 3 AND n >= 0\nn = n + 1\nWEND\nRESULT = n",
+      u"DIM n = 0\nDO WHILE n < 2.5\nn = n + 1\nLOOP\nRESULT = n",
+      u"DIM n = 0\nDO\nn = n + 1\nLOOP UNTIL n = 3 OR nope > 1\nRESULT = n",
+      u"DIM n = 0\nWHILE n = \nn = 1\nWEND\nRESULT = n",
+      u"DIM n = 5\nWHILE n < 3\nn = 1\nWEND\nRESULT = n",
+      u"DIM n = 0\nON ERROR RESUME NEXT\nDO UNTIL n > 2 AND\nn = n + 1\nLOOP\nRESULT = n",
   };
   for (const char16_t* c : cases) same(c);
 }
