@@ -2,6 +2,7 @@
 // pushes one truth entry on _ifs, and the driver skips lines while the innermost is false.
 #include "compiler/line_code.h"
 #include "foundation/scanning.h"
+#include "interpreter/condition_truth.h"
 #include "interpreter/loops.h"
 #include "interpreter/script_core.h"
 #include "lxbasic/text.h"
@@ -16,7 +17,7 @@ namespace {
 bool ifCondition(ScriptCore& script, const UString& text, const compiled::Expression* code,
                  bool& truth) {
   bool failed = false;
-  if (script.decideCondition(code, failed, truth)) {
+  if (decideCondition(script, code, failed, truth)) {
     if (!failed) return true;
     if (script.errorCode() == 0) script.setError(LxError::make(kSyntaxError));
     return false;

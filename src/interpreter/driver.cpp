@@ -245,16 +245,6 @@ bool ScriptCore::evaluateText(const UString& text, TextMode mode, Variant& out,
   return true;
 }
 
-bool ScriptCore::decideCondition(const compiled::Expression* code, bool& failed, bool& truth) {
-  if (!currentCode_ || !code) return false;
-  using Truth = compiled::Expression::Truth;
-  const Truth t = code->truth(*this);
-  if (t == Truth::Other) return false;
-  failed = t == Truth::Failed;
-  truth = t == Truth::True;
-  return true;
-}
-
 ValueRef ScriptCore::evaluateSlot(const UString& text, const compiled::Expression* code) {
   if (currentCode_) {
     if (const compiled::Expression* e =

@@ -8,6 +8,7 @@
 
 #include "compiler/line_code.h"
 #include "foundation/scanning.h"
+#include "interpreter/condition_truth.h"
 #include "interpreter/script_core.h"
 #include "lxbasic/text.h"
 #include "syntax/statement_parts.h"
@@ -31,7 +32,7 @@ bool loopTruth(bool present, const Variant& v) {
 bool loopCondition(ScriptCore& script, const UString& text, const compiled::Expression* code,
                    bool& truth) {
   bool failed = false;
-  if (script.decideCondition(code, failed, truth)) {
+  if (decideCondition(script, code, failed, truth)) {
     if (!failed) return true;
     if (script.errorCode() != 0) return false;
     truth = false;  // no value
@@ -188,7 +189,7 @@ void ScriptCore::runWhile(const UString& expression) {
   const compiled::Expression* condition = code ? code->whileCondition.get() : nullptr;
   bool failed = false;
   bool truth = false;
-  if (decideCondition(condition, failed, truth)) {
+  if (decideCondition(*this, condition, failed, truth)) {
     if (failed) return;
   } else {
     Variant v;

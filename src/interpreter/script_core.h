@@ -173,11 +173,6 @@ class ScriptCore final : public Frame,
   // getValue(parseLine(text)): false when there is no value (an error is normally set).
   bool evaluateText(const UString& text, TextMode mode, Variant& out,
                     const compiled::Expression* code = nullptr);
-  // A condition that its compiled form can decide without making its value (a chain of
-  // comparisons, which answers 0 or 1): false when it must be evaluated instead; otherwise
-  // `failed` says that the evaluation ended on the way (where evaluateText answers false)
-  // and `truth` is the condition's truth.
-  bool decideCondition(const compiled::Expression* code, bool& failed, bool& truth);
   // The same as a slot: a variable's own slot when the text is just its name.
   ValueRef evaluateSlot(const UString& text, const compiled::Expression* code = nullptr);
   // parseLine(text) of a statement, its answer dropped.
