@@ -103,7 +103,7 @@ class Expression {
   std::unique_ptr<Expression> targetExpression_;  // a target with brackets
   std::vector<std::unique_ptr<Step>> steps_;
   Operand final_;
-  int32_t registers_ = 0;  // of the whole tree, on the outermost expression
+  int32_t registers_ = 0;                // of the whole tree, on the outermost expression
   const Step* soleCondition_ = nullptr;  // the one step, when it is a comparison chain
   // The last target found to be no FOR variable, and the state that answer holds for. A loop
   // stack's version is unique to its script, so it names the script too.

@@ -50,7 +50,7 @@ std::vector<UString> declaredNames(const LxBasicStringList& body) {
     if (checkVarName(name)) names.push_back(std::move(name));
   };
   for (size_t i = 0; i < body.count(); ++i) {
-    const UString line = body.stringAtIndex(i);
+    const UString& line = body.stringAtIndex(i);
     UStringView rest = line;
     while (!rest.empty()) {
       const size_t colon = rest.find(u':');
