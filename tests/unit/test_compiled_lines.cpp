@@ -220,18 +220,21 @@ TEST(CompiledLines, ShortcutsAgreeWithTheGeneralPath) {
 // An IF's chain of comparisons is decided without making its value, and two plain numbers
 // compare directly; everything else takes the general rules, which these cases cross.
 TEST(CompiledLines, ConditionsDecidedDirectly) {
+  // Each in a loop: an operand is known without running anything from its second pass on.
   const char16_t* cases[] = {
-      u"DIM a = 5, b = 5.0, s\nIF a = b THEN s = s & \"1\"\nIF a < 5.5 THEN s = s & \"2\"\n"
-      u"IF -1 < a THEN s = s & \"3\"\nIF a >= 6 THEN s = s & \"4\"\nIF a <> b THEN s = s & \"5\"\n"
-      u"RESULT = s",
+      u"DIM a = 5, b = 5.0, s, k\nFOR k = 1 TO 2\nIF a = b THEN s = s & \"1\"\n"
+      u"IF a < 5.5 THEN s = s & \"2\"\nIF -1 < a THEN s = s & \"3\"\n"
+      u"IF a >= 6 THEN s = s & \"4\"\nIF a <> b THEN s = s & \"5\"\nNEXT\nRESULT = s",
       // infinities, NaN and subnormals read back from their text on the right
-      u"DIM big = 1E308 * 10, tiny = 4.9E-324, s\nIF 1 > big THEN s = s & \"a\"\n"
-      u"IF 0 = tiny THEN s = s & \"b\"\nIF tiny = 0 THEN s = s & \"c\"\n"
-      u"IF big = big THEN s = s & \"d\"\nIF 0 < big - big THEN s = s & \"e\"\nRESULT = s",
-      u"DIM a = \"10\", b = 9, s\nIF a > b THEN s = s & \"x\"\nIF b < a THEN s = s & \"y\"\n"
-      u"IF \"abc\" < \"abd\" THEN s = s & \"z\"\nRESULT = s",
-      u"DIM e, t = TRUE, s\nIF e < 1 THEN s = s & \"e\"\nIF t = 1 THEN s = s & \"t\"\n"
-      u"IF t < 0 THEN s = s & \"n\"\nIF 2147483647 + 1 > 2147483647 THEN s = s & \"w\"\nRESULT = s",
+      u"DIM big = 1E308 * 10, tiny = 1 / 1E308 / 1E10, s, k\nFOR k = 1 TO 2\n"
+      u"IF 1 > big THEN s = s & \"a\"\nIF 0 = tiny THEN s = s & \"b\"\n"
+      u"IF tiny = 0 THEN s = s & \"c\"\nIF big = big THEN s = s & \"d\"\n"
+      u"IF 0 < big - big THEN s = s & \"e\"\nIF 0 < tiny THEN s = s & \"f\"\nNEXT\nRESULT = s",
+      u"DIM a = \"10\", b = 9, s, k\nFOR k = 1 TO 2\nIF a > b THEN s = s & \"x\"\n"
+      u"IF b < a THEN s = s & \"y\"\nIF \"abc\" < \"abd\" THEN s = s & \"z\"\nNEXT\nRESULT = s",
+      u"DIM e, t = TRUE, s, k\nFOR k = 1 TO 2\nIF e < 1 THEN s = s & \"e\"\n"
+      u"IF t = 1 THEN s = s & \"t\"\nIF t < 0 THEN s = s & \"n\"\n"
+      u"IF 2147483647 + 1 > 2147483647 THEN s = s & \"w\"\nNEXT\nRESULT = s",
       // every operand of AND and OR runs, in order
       u"DIM c(1)\nFUNCTION B(arr)\narr(0) = arr(0) & \"b\"\nB = 1\nEND FUNCTION\n"
       u"IF 1 = 2 AND B(c) = 1 OR B(c) < 0 THEN\nc(1) = 9\nEND IF\nRESULT = c(0) & c(1)",
