@@ -1,8 +1,6 @@
 #include "compiler/expression.h"
 
 #include <array>
-#include <cmath>
-#include <limits>
 #include <memory>
 #include <new>
 
@@ -544,20 +542,14 @@ class Comparison {
 
  private:
   // compareValues of the two sides, read in order. Two numbers known without running anything
-  // (variables, literals) whose reading back from text is the number itself compare as the
-  // numbers they are.
+  // (variables, literals) are ordered where they are, without holding them.
   bool compareSides(Frame& script, Registers& regs, const UString& line, int32_t& c) const {
     const Leaf* a = left->soleLeaf();
     const Leaf* b = a ? right->soleLeaf() : nullptr;
     if (b) {
       const Variant* x = a->peek(script);
       const Variant* y = x ? b->peek(script) : nullptr;
-      double i = 0;
-      double j = 0;
-      if (y && plainNumber(*x, i) && plainNumber(*y, j)) {
-        c = i > j ? 1 : j > i ? -1 : 0;
-        return true;
-      }
+      if (y && quickOrder(*x, *y, c)) return true;
     }
     Held l;
     Held r;
@@ -566,18 +558,6 @@ class Comparison {
     if (!side(script, regs, line, *right, rightText, r)) return false;
     c = compareValues(l.value(), r.value());
     return true;
-  }
-  // A 32-bit integer, or a double that is 0 or finite and normal.
-  static bool plainNumber(const Variant& v, double& d) noexcept {
-    if (!v.isNumber()) return false;
-    const Number& n = v.numberUnchecked();
-    if (n.type() == Number::Type::Int32) {
-      d = n.toInt32();
-      return true;
-    }
-    if (n.type() != Number::Type::Double) return false;
-    d = n.toDouble();
-    return d == 0 || (std::isfinite(d) && std::fabs(d) >= std::numeric_limits<double>::min());
   }
   static bool side(Frame& script, Registers& regs, const UString& line, const Expression& e,
                    const UString& text, Held& out) {

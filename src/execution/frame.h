@@ -85,8 +85,6 @@ class Frame {
                    CallResult* r);
   // The operator on two values; may set error 14 (division by zero) and still answer.
   Variant operate(char16_t op, const Variant& a, const Variant& b);
-  // EXIT and CONTINUE statements; false when `line` is neither.
-  bool parseInlineOps(const UString& line);
   // An EXIT or CONTINUE statement whose words were read when it was compiled.
   void loopJump(const LoopJump& jump);
   // The procedure of that name (any letter case), or nullptr; the table's epoch changes

@@ -42,10 +42,8 @@ CallFrame::CallFrame(const LxBasicSub& sub, ScriptCore& owner)
         std::find(resultEntries_.begin(), resultEntries_.end(), entry) != resultEntries_.end();
   }
   for (ValueRef* entry : parameters_) entry->reset();
-  for (size_t i = sub.firstLocal(); i < entries_.size(); ++i) {
-    localEntries_.push_back(entries_[i]);
-    entries_[i]->reset();
-  }
+  firstLocal_ = sub.firstLocal();
+  dropLocals();
   bindResult();
   *funcEntry_ = funcName_;
   names_ = vars.size();
@@ -71,6 +69,10 @@ void CallFrame::makeErr() {
   freshRecord_ = record.get();
   freshErr_ = LxValue::make(Variant(std::move(record)), true);
   *err_ = freshErr_;
+}
+
+void CallFrame::dropLocals() {
+  for (size_t i = firstLocal_; i < entries_.size(); ++i) entries_[i]->reset();
 }
 
 void CallFrame::vacate(ValueRef& entry) {
@@ -119,7 +121,7 @@ bool CallFrame::unbind() {
   auto& vars = s.getVars();
   for (const UString& name : locals_) vars.erase(name);
   locals_.clear();
-  for (ValueRef* entry : localEntries_) entry->reset();
+  dropLocals();
   for (ValueRef* entry : parameters_) vacate(*entry);
   if (func_) {
     // The result slot is emptied for the next call unless something else took it.

@@ -41,16 +41,18 @@ class CallFrame {
   // left to whoever else holds it (an array may hold an argument's slot).
   static void vacate(ValueRef& entry);
   void bindResult();
+  // Empties the entries of the body's locals: until its declaration runs a local is no variable.
+  void dropLocals();
   // Gives the next call an "err" record of its own unless the last one is still untouched.
   void renewErr();
   void makeErr();
 
   std::shared_ptr<ScriptCore> script_;
   ScriptCore& owner_;
-  std::vector<ValueRef*> entries_;        // the table's entries for the bound names
-  std::vector<ValueRef*> parameters_;     // each parameter's entry, in order
+  std::vector<ValueRef*> entries_;     // the table's entries for the bound names
+  size_t firstLocal_ = 0;              // entries_ from here: the body's locals, empty between calls
+  std::vector<ValueRef*> parameters_;  // each parameter's entry, in order
   std::vector<ValueRef*> resultEntries_;  // the distinct entries of the result's names
-  std::vector<ValueRef*> localEntries_;   // the body's declared names: empty between calls
   ValueRef* funcEntry_ = nullptr;
   ValueRef result_;    // the slot the result's names share
   ValueRef funcName_;  // the "__func__" constant: immutable, so one serves every call

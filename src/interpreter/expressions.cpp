@@ -65,15 +65,11 @@ int32_t order(double l, double r) {
   return l > r ? 1 : r > l ? -1 : 0;
 }
 
-// A value compared with a number is read back from its text. For a number that text is the
-// shortest one that reads back exactly, so the number itself serves, except where the reading
-// differs: "nan" and "inf" read as 0, and a subnormal reads as an underflow, 0.
+// A value compared with a number is read back from its text (see readsBackAsItself).
 double comparedNumber(const Variant& v) {
   if (v.isNumber()) {
     const double d = v.numberUnchecked().toDouble();
-    if (d == 0 || (std::isfinite(d) && std::fabs(d) >= std::numeric_limits<double>::min())) {
-      return d;
-    }
+    if (readsBackAsItself(d)) return d;
   }
   return doubleValue(toText(v));
 }
@@ -220,12 +216,7 @@ int32_t compareValues(const Variant& a, const Variant& b) {
 
 bool ScriptCore::parseInlineOps(const UString& line) {
   if (!isInlineOperation(line)) return false;
-  UString rest = line;
-  if (upperCase(getTokenFrom(rest, u" ")) == u"EXIT") {
-    parseExit(line);
-  } else {
-    parseContinue(line);
-  }
+  runLoopJump(splitLoopJump(line));
   return true;
 }
 

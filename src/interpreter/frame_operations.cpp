@@ -42,10 +42,6 @@ Variant Frame::operate(char16_t op, const Variant& a, const Variant& b) {
   return script(*this).operate(op, a, b);
 }
 
-bool Frame::parseInlineOps(const UString& line) {
-  return script(*this).parseInlineOps(line);
-}
-
 void Frame::loopJump(const LoopJump& jump) {
   script(*this).runLoopJump(jump);
 }

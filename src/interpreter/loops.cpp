@@ -298,14 +298,6 @@ void leaveLoops(ScriptCore& script, LoopKind kind, bool end) {
 
 }  // namespace
 
-void ScriptCore::parseExit(const UString& line) {
-  runLoopJump(splitLoopJump(line));
-}
-
-void ScriptCore::parseContinue(const UString& line) {
-  runLoopJump(splitLoopJump(line));
-}
-
 void ScriptCore::runLoopJump(const LoopJump& jump) {
   const auto kind = loopKindNamed(jump.target);
   if (jump.exit) {

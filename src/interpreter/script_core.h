@@ -231,9 +231,7 @@ class ScriptCore final : public Frame,
   bool ifValue(int32_t depth) const;
   bool validLoop() const;
   LxLoopProtocol* getLoop() const;
-  // EXIT and CONTINUE, once parseInlineOps has recognised them.
-  void parseExit(const UString& line);
-  void parseContinue(const UString& line);
+  // EXIT and CONTINUE, their words read by parseInlineOps or when their line was compiled.
   void runLoopJump(const LoopJump& jump);
   // True when `slot` is the variable of an open FOR loop (assignments to it are refused).
   bool isLoopVariable(const LxValue* slot) const;
